@@ -1,0 +1,37 @@
+// The nodes that parsing builds and running executes: the bases shared by every node family.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "TavixValue.h"
+
+class ExecContext;
+
+// Every node remembers the indices of its first and last token, which is all an error report
+// needs: the line and the text of the construct as typed.
+struct Node {
+  int first = 0;
+  int last = 0;
+  virtual ~Node() = default;
+};
+
+// A statement: runs for its effects.
+struct Statement : Node {
+  virtual void Execute(ExecContext& context) const = 0;
+};
+
+// An expression: yields a value.
+struct Expression : Node {
+  virtual TavixValue Evaluate(ExecContext& context) const = 0;
+};
+
+using StatementPtr = std::unique_ptr<Statement>;
+using ExpressionPtr = std::unique_ptr<Expression>;
+
+// A block of statements, read once and run as often as its statement requires.
+struct Block : Node {
+  std::vector<StatementPtr> statements;
+  // Runs the statements in order; checks for an interrupt before each.
+  void Run(ExecContext& context) const;
+};

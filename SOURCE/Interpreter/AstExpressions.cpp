@@ -1,0 +1,66 @@
+// Evaluation of literals, constants and workspace names.
+#include "AstExpressions.h"
+
+#include "Dataset.h"
+#include "ExecContext.h"
+#include "Model.h"
+#include "TavixStructure.h"
+#include "ValueKind.h"
+
+TavixValue NumberLiteral::Evaluate(ExecContext&) const { return TavixValue::FromScalar(value); }
+
+TavixValue StringLiteral::Evaluate(ExecContext&) const { return TavixValue::FromString(text); }
+
+namespace {
+
+// The value of `member` inside `owner`, which is the path's value so far and named `ownerName`.
+TavixValue Member(const ExecContext& context, const Node& node, const TavixValue& owner,
+                  const std::string& ownerName, const std::string& member) {
+  switch (owner.code) {
+    case kind::STRUCTURE: {
+      TavixValue value = owner.structure->GetValue(member);
+      if (value.code == kind::UNKNOWN) {
+        context.Fail(node, "Structure \"" + ownerName + "\" has no element called \"" + member +
+                               "\".");
+      }
+      return value;
+    }
+    case kind::DATASET: {
+      const Dataset& dataset = *owner.dataset;
+      if (!dataset.VariableExists(member)) {
+        context.Fail(node, "Dataset \"" + ownerName + "\" has no variable called \"" + member +
+                               "\".");
+      }
+      if (dataset.IsStringVariable(member)) {
+        context.Fail(node, "Variable \"" + member + "\" from dataset \"" + ownerName +
+                               "\" is a string variable and cannot be turned to a matrix.");
+      }
+      return TavixValue::FromMatrix(Eigen::MatrixXd(dataset.GetVariable(member)));
+    }
+    case kind::MODEL: {
+      int code = kind::UNKNOWN;
+      if (!owner.model->HasMember(member, code) || code != kind::MATRIX) {
+        context.Fail(node, "Model \"" + ownerName + "\" has no element called \"" + member +
+                               "\".");
+      }
+      return TavixValue::FromMatrix(owner.model->GetpMatrix(member));
+    }
+    default:
+      // Matrices and strings have no members.
+      context.Fail(node, "Symbol \"" + ownerName + "." + member + "\" is not defined.");
+  }
+}
+
+}  // namespace
+
+TavixValue NameExpression::Evaluate(ExecContext& context) const {
+  const std::string& name = path.front();
+  TavixValue value = context.workspace().Get(name);
+  if (value.code == kind::UNKNOWN) context.Fail(*this, "Symbol \"" + name + "\" is not defined.");
+  std::string walked = name;
+  for (std::size_t i = 1; i < path.size(); ++i) {
+    value = Member(context, *this, value, walked, path[i]);
+    walked += "." + path[i];
+  }
+  return value;
+}

@@ -1,0 +1,39 @@
+// ExecContext: running statements and raising their errors.
+#include "ExecContext.h"
+
+#include <algorithm>
+
+#include "ErrorReports.h"
+#include "TavixError.h"
+
+void Block::Run(ExecContext& context) const {
+  for (const auto& statement : statements) context.Run(*statement);
+}
+
+void ExecContext::Run(const Statement& statement) {
+  CheckInterrupt();
+  const int outer = m_statementFirst;
+  m_statementFirst = statement.first;
+  statement.Execute(*this);
+  m_statementFirst = outer;
+}
+
+void ExecContext::Fail(const Node& failing, const std::string& message) const {
+  const int first = std::min(m_statementFirst, failing.first);
+  throw TavixError(SemanticErrorReport(m_inputName, ReportLine(first),
+                                       m_stream.Text(first, failing.last), message));
+}
+
+void ExecContext::FailWithText(const std::string& text, const std::string& message,
+                               const char* separator) const {
+  throw TavixError(
+      SemanticErrorReport(m_inputName, ReportLine(m_statementFirst), text, message, separator));
+}
+
+void ExecContext::InternalError(const std::string& tag) const {
+  m_session.dispatcher.PrintInternalError(tag);
+}
+
+void ExecContext::CheckInterrupt() const {
+  if (m_session.interruptRequested.load(std::memory_order_relaxed)) throw TavixInterrupted();
+}

@@ -1,0 +1,49 @@
+// ExecContext: what a running statement sees: the session, its source and where errors point.
+#pragma once
+
+#include <string>
+
+#include "Ast.h"
+#include "Session.h"
+#include "TokenStream.h"
+
+// One per parser: the session it works on, the token stream its nodes point into, the input
+// name and line offset for reports, and the statement now running.
+class ExecContext {
+public:
+  ExecContext(Session& session, const TokenStream& stream, std::string inputName, long lineOffset)
+      : m_session(session), m_stream(stream), m_inputName(std::move(inputName)),
+        m_lineOffset(lineOffset) {}
+
+  Session& session() const { return m_session; }
+  Workspace& workspace() const { return m_session.workspace; }
+  const EventDispatcher& dispatcher() const { return m_session.dispatcher; }
+  const TokenStream& stream() const { return m_stream; }
+  const std::string& inputName() const { return m_inputName; }
+  long lineOffset() const { return m_lineOffset; }
+
+  // Runs one statement: checks for an interrupt, then executes it as the current statement.
+  void Run(const Statement& statement);
+
+  // Throws the semantic error report: the line of the running statement's first token, the text
+  // from that token to the end of `failing`, and the message.
+  [[noreturn]] void Fail(const Node& failing, const std::string& message) const;
+  // The same with an explicit text and separator (statements that quote only part of themselves).
+  [[noreturn]] void FailWithText(const std::string& text, const std::string& message,
+                                 const char* separator = " ...") const;
+  // Prints "This is a Tavix internal error: (tag)" in its colour; the run goes on.
+  void InternalError(const std::string& tag) const;
+  // Throws TavixInterrupted when the user asked to stop.
+  void CheckInterrupt() const;
+
+  // Line of a token as reports print it (line offset added).
+  long ReportLine(int tokenIndex) const { return m_lineOffset + m_stream.Get(tokenIndex).line; }
+  int currentStatementFirst() const { return m_statementFirst; }
+
+private:
+  Session& m_session;
+  const TokenStream& m_stream;
+  std::string m_inputName;
+  long m_lineOffset;
+  int m_statementFirst = 0;
+};

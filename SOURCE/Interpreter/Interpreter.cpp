@@ -1,0 +1,48 @@
+// Running a program and a job.
+#include "Interpreter.h"
+
+#include <new>
+
+#include "SystemGlobals.h"
+#include "TavixError.h"
+#include "TavixParser.h"
+#include "TokenStream.h"
+
+void RunProgram(Session& session, std::string code, const std::string& inputName,
+                long lineOffset) {
+  TokenStream stream(std::move(code), inputName);
+  TavixParser parser(stream, session, inputName, lineOffset);
+  parser.program();
+}
+
+JobOutcome RunJob(Session& session, std::string code, const std::string& inputName,
+                  long firstLine) {
+  const EventDispatcher& out = session.dispatcher;
+  const bool gui = Tavix_SYSTEM_NAMESPACE::RUN_GUI;
+  if (gui) out.DisableRunButton();
+  session.interruptRequested = false;
+  JobOutcome outcome = JobOutcome::Completed;
+  try {
+    RunProgram(session, std::move(code), inputName.empty() ? "-memory-" : inputName, firstLine);
+  } catch (const TavixError& error) {
+    out.PrintError(error.what());
+    outcome = JobOutcome::Failed;
+  } catch (const TavixInterrupted&) {
+    out.EnableRunButton();
+    return JobOutcome::Interrupted;
+  } catch (const std::bad_alloc&) {
+    out.PrintError("Tavix ran out of memory; the job has been stopped.");
+    outcome = JobOutcome::Failed;
+  } catch (const std::exception& error) {
+    out.PrintInternalError(error.what());
+    outcome = JobOutcome::Failed;
+  }
+  if (gui) {
+    out.UpdateGUI();
+    out.EnableRunButton();
+  } else {
+    out.Print(kExitingLine, false);
+    out.Exit();
+  }
+  return outcome;
+}

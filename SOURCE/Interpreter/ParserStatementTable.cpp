@@ -1,0 +1,78 @@
+// The statement table: which rule each first token selects. A new statement is one row here.
+#include <algorithm>
+
+#include "TavixParser.h"
+
+namespace {
+
+using Rule = TavixParser::StatementRule;
+
+struct Row {
+  int token;
+  Rule rule;
+};
+
+// Tokens that begin something that cannot stand alone as a statement.
+constexpr int kGeneralErrorTokens[] = {
+    // stray punctuation
+    tok::ASSIGN, tok::CBRCKT, tok::CCBRCKT, tok::COMMA, tok::CPAREN, tok::DOT, tok::OCBRCKT,
+    tok::OPAREN, tok::SEMICOL,
+    // a string or a string comparison
+    tok::STRCMP, tok::STRING,
+    // the start of an expression
+    tok::NUMBER, tok::INF, tok::NA, tok::PI, tok::BETADIST, tok::BETAFUNC, tok::BETAINC,
+    tok::BINOMDIST, tok::CEIL, tok::CHI2DIST, tok::CHOL, tok::COLS, tok::CORR, tok::COV, tok::DET,
+    tok::DIAG, tok::DRCHRND, tok::EVDIST, tok::EXPDIST, tok::EXP_LOG_SQRT_ABS_TRIG, tok::EYE,
+    tok::FDIST, tok::FLOOR, tok::GAMDIST, tok::GAMMAFUNC, tok::GAMMAINC, tok::GROUPSTATS, tok::INV,
+    tok::INVPD, tok::IWISHRND, tok::KRON, tok::LAGDIFF, tok::LOGISTICDIST, tok::LOGITNDIST,
+    tok::LOGNDIST, tok::LOGSUMEXP, tok::MAXCOEFF, tok::MEAN, tok::MEDIAN, tok::MINCOEFF, tok::MOD,
+    tok::MVGAMMA, tok::MVNRND, tok::NORMDIST, tok::NTHREADS, tok::ONES, tok::POISSONDIST,
+    tok::RANGE, tok::REPMAT, tok::RESHAPE, tok::RND_CAT, tok::RND_F_P, tok::RND_NN_R, tok::RND_P,
+    tok::RND_P_P, tok::RND_TRUNC, tok::ROUND, tok::ROWS, tok::SD, tok::SIZE, tok::SORT,
+    tok::SORTROWS, tok::STRFIND, tok::STRLENGTH, tok::SUM, tok::TABULATE, tok::TDIST, tok::TRACE,
+    tok::TRUNCNDIST, tok::UNIFRND, tok::VAR, tok::WBLDIST, tok::WISHRND, tok::ZEROS,
+};
+
+// Statements, by first token. Rules with `true` match their terminating ";" after the rule.
+const Row kStatementRows[] = {
+    // Filled in as the statements of the language are added, for example
+    // {tok::PRINT, {&TavixParser::print_statement, false}}.
+    {tok::INVALID_TOKEN, {nullptr, false}},
+};
+
+std::array<Rule, tok::TOKEN_TYPE_COUNT> BuildTable() {
+  std::array<Rule, tok::TOKEN_TYPE_COUNT> table{};
+  for (int token : kGeneralErrorTokens) table[token] = Rule{&TavixParser::general_error, false};
+  for (const Row& row : kStatementRows) {
+    if (row.rule.rule != nullptr) table[row.token] = row.rule;
+  }
+  return table;
+}
+
+}  // namespace
+
+const std::array<TavixParser::StatementRule, tok::TOKEN_TYPE_COUNT>& TavixParser::StatementTable() {
+  static const auto table = BuildTable();
+  return table;
+}
+
+const TokenSet& TavixParser::StatementStarters() {
+  static const TokenSet starters = [] {
+    TokenSet set;
+    const auto& table = StatementTable();
+    for (int type = 0; type < tok::TOKEN_TYPE_COUNT; ++type) {
+      if (table[type].rule != nullptr) set.Add(type);
+    }
+    return set;
+  }();
+  return starters;
+}
+
+const TokenSet& TavixParser::StatementFollow() {
+  static const TokenSet follow = [] {
+    TokenSet set = StatementStarters();
+    set |= TokenSet{tok::END, tok::ELSE, tok::END_OF_INPUT};
+    return set;
+  }();
+  return follow;
+}

@@ -1,0 +1,113 @@
+// TavixParser: one method per grammar rule; statements run as soon as they are recognised.
+#pragma once
+
+#include <array>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Ast.h"
+#include "ErrorReports.h"
+#include "ExecContext.h"
+#include "Session.h"
+#include "TokenSet.h"
+#include "TokenStream.h"
+
+// Raised instead of a report while an alternative is tried speculatively; Speculate catches it.
+struct BacktrackFailure {};
+
+// A name or a dotted path of names as written (`id_item`).
+struct IdItem {
+  std::vector<std::string> path;
+  int first = 0;
+  int last = 0;
+};
+
+// Reads tokens and runs what it reads. Every rule method takes the execute flag: when it is true
+// (and the parser is not trying an alternative speculatively), the rule runs its statement as
+// soon as the statement is complete; when it is false, the rule only builds nodes, which a
+// compound statement runs later. User errors are thrown as TavixError with the finished report.
+class TavixParser {
+public:
+  // The parser reads `stream` and works on `session`; both must outlive it. `inputName` and
+  // `lineOffset` say what reports call the input and how its lines are numbered.
+  TavixParser(TokenStream& stream, Session& session, std::string inputName, long lineOffset);
+
+  // program: statement_list. Runs a whole script.
+  void program();
+  // statement_list: statement*. The nodes are kept only when the flag is false.
+  std::unique_ptr<Block> statement_list(bool execute);
+  // statement: one statement, chosen by its first token.
+  StatementPtr statement(bool execute);
+  // general_error: something that cannot stand alone as a statement.
+  StatementPtr general_error(bool execute);
+  // Runs statement_list(true) from the token with that index, then puts the stream back.
+  void exec(const std::string& rule, int tokenIndex);
+
+  // id_item: ID (DOT ID)*
+  IdItem id_item(bool execute);
+  // id_value: id_item, resolved against the workspace when evaluated.
+  ExpressionPtr id_value(bool execute);
+  // rhs_matrix: the right side of assignments and the expression general_error evaluates.
+  ExpressionPtr rhs_matrix(bool execute);
+  // string_item: a string value.
+  ExpressionPtr string_item(bool execute);
+
+  ExecContext& context() { return m_context; }
+  TokenStream& stream() { return m_stream; }
+
+  // A row of the statement table: the rule that a first token selects, and whether the
+  // statement matches its terminating ";" itself after the rule.
+  struct StatementRule {
+    StatementPtr (TavixParser::*rule)(bool) = nullptr;
+    bool semicolonAfter = false;
+  };
+  // The statement table, indexed by token type; rows without a rule select no statement.
+  static const std::array<StatementRule, tok::TOKEN_TYPE_COUNT>& StatementTable();
+  // The tokens that start a statement, and what may follow a whole statement.
+  static const TokenSet& StatementStarters();
+  static const TokenSet& StatementFollow();
+
+protected:
+  int LA(int k) const { return m_stream.LA(k); }
+  const Token& LT(int k) const { return m_stream.LT(k); }
+  std::string TextOf(const Token& token) const { return std::string(m_stream.Text(token)); }
+  // Whether actions run: the flag is true and nothing is being tried speculatively.
+  bool Executing(bool execute) const { return execute && m_backtracking == 0; }
+  // Runs a finished statement node when the flag says so.
+  void RunIfExecuting(const Statement& statement, bool execute);
+
+  // Matches the current token against `type` and consumes it. On a mismatch: when `type`
+  // follows the offending token, that token is unwanted; when the offending token may follow
+  // `type` (it is in `follow`, or in the enclosing rule's follow set when `follow` is empty),
+  // `type` is missing; otherwise a plain mismatch. The report is thrown.
+  const Token& match(int type, const TokenSet& follow = {});
+  // Tries `parse` without running anything; true when it would parse. The stream is put back.
+  template <class Parse>
+  bool Speculate(Parse parse) {
+    const int start = m_stream.Index();
+    ++m_backtracking;
+    bool parsed = true;
+    try {
+      parse();
+    } catch (const BacktrackFailure&) {
+      parsed = false;
+    }
+    --m_backtracking;
+    m_stream.Seek(start);
+    return parsed;
+  }
+
+  // No alternative of the current rule starts with the current token.
+  [[noreturn]] void NoViableAlt();
+  [[noreturn]] void ThrowSyntaxError(SyntaxErrorKind kind, const Token& offending,
+                                     int expectedType = 0, const std::string& message = {});
+
+  // Follow sets of the rules being parsed, innermost last.
+  std::vector<TokenSet> m_followStack;
+  int m_backtracking = 0;
+
+private:
+  TokenStream& m_stream;
+  ExecContext m_context;
+};

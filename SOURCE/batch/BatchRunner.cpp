@@ -1,0 +1,75 @@
+// The batch front end: settings, launching directory and the run of one script.
+#include "BatchRunner.h"
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "Interpreter.h"
+#include "SystemGlobals.h"
+#include "TavixSettings.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// The directory named in "launchDir.txt", when the file exists and the directory does.
+bool ApplyLaunchDirectoryFile() {
+  std::ifstream file("launchDir.txt");
+  std::string directory;
+  if (!file || !std::getline(file, directory)) return false;
+  if (!directory.empty() && directory.back() == '\r') directory.pop_back();
+  for (char& c : directory) {
+    if (c == '\\') c = '/';
+  }
+  std::error_code error;
+  if (directory.empty() || !fs::is_directory(directory, error)) return false;
+  fs::current_path(directory, error);
+  return !error;
+}
+
+bool CurrentDirectoryUsable() {
+  std::error_code error;
+  const fs::path current = fs::current_path(error);
+  return !error && fs::is_directory(current, error);
+}
+
+}  // namespace
+
+void InitializeBatch(Session& session, const std::string& programDirectory) {
+  Tavix_SYSTEM_NAMESPACE::RUN_GUI = false;
+  TavixSettings settings;
+  const fs::path file = fs::path(programDirectory) / "Tavix.init";
+  if (!settings.Read(file.string())) {
+    session.dispatcher.Print(std::string("\n\nWARNING: ") +
+                             "The initialization file could not be found.\n" +
+                             "         Some aspects of the program may not function properly.\n\n");
+  }
+  // A settings file that names no installation directory means the program's own.
+  if (settings.installationDirectory.empty()) settings.installationDirectory = programDirectory;
+  settings.ApplyToGlobals();
+  session.installDir = settings.installationDirectory;
+
+  if (!ApplyLaunchDirectoryFile() && !CurrentDirectoryUsable()) {
+    session.dispatcher.Print(
+        std::string("\n\nWARNING: ") +
+        "Could not infer the launching directory. The current working directory is set to\n" +
+        "         $TavixHOME/System Files/Libraries.\n\n");
+  }
+}
+
+int RunBatchScript(Session& session, const std::string& scriptPath) {
+  std::ifstream file(scriptPath, std::ios::binary);
+  if (!file) {
+    session.dispatcher.Print("Unable to open file " + scriptPath + ".\n");
+    return kBatchUnreadableScript;
+  }
+  std::ostringstream text;
+  text << file.rdbuf();
+  if (file.bad() || (file.fail() && !file.eof())) {
+    session.dispatcher.Print("Unable to read from file '" + scriptPath + "'.\n");
+    return kBatchUnreadableScript;
+  }
+  const JobOutcome outcome = RunJob(session, text.str(), "\"" + scriptPath + "\"", 0);
+  return outcome == JobOutcome::Completed ? kBatchSuccess : kBatchScriptFailed;
+}
