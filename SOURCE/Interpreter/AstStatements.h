@@ -9,3 +9,25 @@ struct GeneralErrorStatement : Statement {
   ExpressionPtr value;  // empty for a stray token
   void Execute(ExecContext& context) const override;
 };
+
+#include <string>
+#include <vector>
+
+#include "AstExpressions.h"
+
+// `target = value;` where the target is a name, a dotted path (a dataset variable, or a member
+// of a structure, created as needed), and optionally an index range on it.
+struct AssignStatement : Statement {
+  std::vector<std::string> path;
+  int targetLast = 0;  // last token of the target, for messages
+  std::vector<std::unique_ptr<IndexArgument>> indices;  // empty: the whole target
+  ExpressionPtr value;
+  void Execute(ExecContext& context) const override;
+};
+
+// `print(value [, colour]);`
+struct PrintStatement : Statement {
+  ExpressionPtr value;
+  ExpressionPtr colour;  // optional
+  void Execute(ExecContext& context) const override;
+};

@@ -30,6 +30,14 @@ void ExecContext::FailWithText(const std::string& text, const std::string& messa
       SemanticErrorReport(m_inputName, ReportLine(m_statementFirst), text, message, separator));
 }
 
+void ExecContext::Warn(const Node& at, const std::string& message) const {
+  const int first = std::min(m_statementFirst, at.first);
+  m_session.dispatcher.PrintError(
+      SemanticErrorReport(m_inputName, ReportLine(first), m_stream.Text(first, at.last), message) +
+          "\n",
+      true);
+}
+
 void ExecContext::InternalError(const std::string& tag) const {
   m_session.dispatcher.PrintInternalError(tag);
 }

@@ -31,6 +31,9 @@ public:
   // The same with an explicit text and separator (statements that quote only part of themselves).
   [[noreturn]] void FailWithText(const std::string& text, const std::string& message,
                                  const char* separator = " ...") const;
+  // Prints a warning in the report form (input, line, the statement's text up to `at`); the run
+  // goes on.
+  void Warn(const Node& at, const std::string& message) const;
   // Prints "This is a Tavix internal error: (tag)" in its colour; the run goes on.
   void InternalError(const std::string& tag) const;
   // Throws TavixInterrupted when the user asked to stop.

@@ -12,14 +12,14 @@ struct Row {
   Rule rule;
 };
 
-// Tokens that begin something that cannot stand alone as a statement.
-constexpr int kGeneralErrorTokens[] = {
-    // stray punctuation
+// Stray punctuation, strings and string comparisons cannot stand alone as statements.
+constexpr int kStrayTokens[] = {
     tok::ASSIGN, tok::CBRCKT, tok::CCBRCKT, tok::COMMA, tok::CPAREN, tok::DOT, tok::OCBRCKT,
-    tok::OPAREN, tok::SEMICOL,
-    // a string or a string comparison
-    tok::STRCMP, tok::STRING,
-    // the start of an expression
+    tok::OPAREN, tok::SEMICOL, tok::STRCMP, tok::STRING,
+};
+
+// Neither can the values and functions that start an expression.
+constexpr int kValueTokens[] = {
     tok::NUMBER, tok::INF, tok::NA, tok::PI, tok::BETADIST, tok::BETAFUNC, tok::BETAINC,
     tok::BINOMDIST, tok::CEIL, tok::CHI2DIST, tok::CHOL, tok::COLS, tok::CORR, tok::COV, tok::DET,
     tok::DIAG, tok::DRCHRND, tok::EVDIST, tok::EXPDIST, tok::EXP_LOG_SQRT_ABS_TRIG, tok::EYE,
@@ -35,14 +35,15 @@ constexpr int kGeneralErrorTokens[] = {
 
 // Statements, by first token. Rules with `true` match their terminating ";" after the rule.
 const Row kStatementRows[] = {
-    // Filled in as the statements of the language are added, for example
-    // {tok::PRINT, {&TavixParser::print_statement, false}}.
-    {tok::INVALID_TOKEN, {nullptr, false}},
+    {tok::ID, {&TavixParser::assign_statement, false}},
+    {tok::OBRCKT, {&TavixParser::assign_statement, false}},
+    {tok::PRINT, {&TavixParser::print_statement, false}},
 };
 
 std::array<Rule, tok::TOKEN_TYPE_COUNT> BuildTable() {
   std::array<Rule, tok::TOKEN_TYPE_COUNT> table{};
-  for (int token : kGeneralErrorTokens) table[token] = Rule{&TavixParser::general_error, false};
+  for (int token : kStrayTokens) table[token] = Rule{&TavixParser::general_error, false};
+  for (int token : kValueTokens) table[token] = Rule{&TavixParser::general_error, false};
   for (const Row& row : kStatementRows) {
     if (row.rule.rule != nullptr) table[row.token] = row.rule;
   }
@@ -75,4 +76,13 @@ const TokenSet& TavixParser::StatementFollow() {
     return set;
   }();
   return follow;
+}
+
+const TokenSet& TavixParser::ExpressionStarters() {
+  static const TokenSet starters = [] {
+    TokenSet set = {tok::ID, tok::OBRCKT, tok::OPAREN, tok::PLUS, tok::MINUS, tok::STRING};
+    for (int token : kValueTokens) set.Add(token);
+    return set;
+  }();
+  return starters;
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Ast.h"
+#include "AstExpressions.h"
 #include "ErrorReports.h"
 #include "ExecContext.h"
 #include "Session.h"
@@ -52,6 +53,22 @@ public:
   ExpressionPtr rhs_matrix(bool execute);
   // string_item: a string value.
   ExpressionPtr string_item(bool execute);
+  // The arithmetic rules, loosest binding first.
+  ExpressionPtr expr(bool execute);
+  ExpressionPtr term(bool execute);
+  ExpressionPtr factor(bool execute);
+  ExpressionPtr postfix_expr(bool execute);
+  ExpressionPtr signed_expr(bool execute);
+  ExpressionPtr primary_expr(bool execute);
+  ExpressionPtr tavix_value(bool execute);
+  ExpressionPtr block_matrix(bool execute);
+  ExpressionPtr id_value_range(bool execute);
+  std::unique_ptr<IndexArgument> index_argument(bool execute);
+
+  // assign_statement, single_assign and print_statement.
+  StatementPtr assign_statement(bool execute);
+  StatementPtr single_assign(bool execute);
+  StatementPtr print_statement(bool execute);
 
   ExecContext& context() { return m_context; }
   TokenStream& stream() { return m_stream; }
@@ -67,6 +84,8 @@ public:
   // The tokens that start a statement, and what may follow a whole statement.
   static const TokenSet& StatementStarters();
   static const TokenSet& StatementFollow();
+  // The tokens that may start an expression.
+  static const TokenSet& ExpressionStarters();
 
 protected:
   int LA(int k) const { return m_stream.LA(k); }
@@ -103,6 +122,13 @@ protected:
   [[noreturn]] void ThrowSyntaxError(SyntaxErrorKind kind, const Token& offending,
                                      int expectedType = 0, const std::string& message = {});
 
+  ExpressionPtr Binary(ExpressionPtr left, const Token& op, ExpressionPtr right);
+  ExpressionPtr Transposed(ExpressionPtr operand);
+  // Inside a matrix literal, whether the sign at LT(1) starts a new element.
+  bool SignStartsNewElement() const;
+
+  // Whether each open bracket is a matrix literal's (true) or parentheses (false).
+  std::vector<bool> m_bracketContext;
   // Follow sets of the rules being parsed, innermost last.
   std::vector<TokenSet> m_followStack;
   int m_backtracking = 0;

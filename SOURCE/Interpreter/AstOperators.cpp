@@ -1,0 +1,199 @@
+// Evaluation of operators, matrix literals and indexing.
+#include <cmath>
+
+#include "AstExpressions.h"
+#include "Dataset.h"
+#include "ExecContext.h"
+#include "MatrixArithmetic.h"
+#include "Messages.h"
+#include "ValueKind.h"
+
+namespace {
+
+// The matrix an operator works on: a matrix as it is, a dataset's data. Other kinds fail with
+// `refusal` followed by the kind's word; a dataset with string variables cannot take part.
+std::shared_ptr<const Eigen::MatrixXd> Operand(ExecContext& context, const Node& at,
+                                               const Expression& operand, const TavixValue& value,
+                                               const std::string& refusal) {
+  switch (value.code) {
+    case kind::MATRIX:
+      return value.matrix;
+    case kind::DATASET:
+      if (value.dataset->HasStringVariables()) {
+        context.Fail(at, "Dataset \"" +
+                             context.stream().Text(operand.first, operand.last) +
+                             "\" contains string variables and cannot be used in mathematical "
+                             "expressions.");
+      }
+      return std::make_shared<const Eigen::MatrixXd>(value.dataset->GetData());
+    default:
+      context.Fail(at, refusal + KindWord(value.code));
+  }
+}
+
+std::string Refusal(BinaryOperator op, const std::string& text) {
+  switch (op) {
+    case BinaryOperator::Add:
+    case BinaryOperator::Subtract:
+      return "Binary operator \"" + text + "\" is not defined for ";
+    default:
+      return "Operator \"" + text + "\" is not defined for ";
+  }
+}
+
+}  // namespace
+
+TavixValue BinaryExpression::Evaluate(ExecContext& context) const {
+  const TavixValue l = left->Evaluate(context);
+  const TavixValue r = right->Evaluate(context);
+  const bool power = op == BinaryOperator::Power || op == BinaryOperator::ElementPower;
+  if (power && r.code != kind::MATRIX && r.code != kind::DATASET) {
+    context.Fail(*this, msg::kExponentKind);
+  }
+  const auto a = Operand(context, *this, *left, l, Refusal(op, opText));
+  const auto b = Operand(context, *this, *right, r, Refusal(op, opText));
+  Eigen::MatrixXd out;
+  std::string failure;
+  switch (op) {
+    case BinaryOperator::Add: failure = arithmetic::AddSubtract(*a, *b, false, out); break;
+    case BinaryOperator::Subtract: failure = arithmetic::AddSubtract(*a, *b, true, out); break;
+    case BinaryOperator::Multiply: failure = arithmetic::Multiply(*a, *b, out); break;
+    case BinaryOperator::Divide: failure = arithmetic::Divide(*a, *b, out); break;
+    case BinaryOperator::ElementMultiply: failure = arithmetic::ElementWise(*a, *b, false, out); break;
+    case BinaryOperator::ElementDivide: failure = arithmetic::ElementWise(*a, *b, true, out); break;
+    case BinaryOperator::Power: failure = arithmetic::Power(*a, *b, out); break;
+    case BinaryOperator::ElementPower: failure = arithmetic::ElementPower(*a, *b, out); break;
+  }
+  if (!failure.empty()) context.Fail(*this, failure);
+  return TavixValue::FromMatrix(std::move(out));
+}
+
+TavixValue UnaryExpression::Evaluate(ExecContext& context) const {
+  TavixValue value = operand->Evaluate(context);
+  if (!negate) return value;
+  const auto m = Operand(context, *this, *operand, value, "Unary minus is not defined for ");
+  return TavixValue::FromMatrix(Eigen::MatrixXd(-*m));
+}
+
+TavixValue TransposeExpression::Evaluate(ExecContext& context) const {
+  const TavixValue value = operand->Evaluate(context);
+  const auto m = Operand(context, *this, *operand, value, "Operator \"'\" is not defined for ");
+  return TavixValue::FromMatrix(Eigen::MatrixXd(m->transpose()));
+}
+
+TavixValue BlockMatrixExpression::Evaluate(ExecContext& context) const {
+  // Evaluate every block first, then check the shapes and copy once into the result.
+  std::vector<std::vector<std::shared_ptr<Eigen::MatrixXd>>> blocks(rows.size());
+  std::vector<Eigen::Index> rowHeights(rows.size(), 0);
+  Eigen::Index totalRows = 0;
+  Eigen::Index totalCols = -1;
+  for (std::size_t r = 0; r < rows.size(); ++r) {
+    Eigen::Index height = -1;
+    Eigen::Index width = 0;
+    for (const auto& element : rows[r]) {
+      TavixValue value = element->Evaluate(context);
+      if (value.code != kind::MATRIX) context.Fail(*element, msg::kBlockElements);
+      const auto& m = value.matrix;
+      if (m->size() == 0) continue;  // empty blocks join anything
+      if (height >= 0 && m->rows() != height) context.Fail(*element, msg::kInconsistentSubmatrices);
+      height = m->rows();
+      width += m->cols();
+      blocks[r].push_back(m);
+    }
+    if (height < 0) continue;  // an empty row adds nothing
+    if (totalCols >= 0 && width != totalCols) context.Fail(*this, msg::kInconsistentSubmatrices);
+    totalCols = width;
+    rowHeights[r] = height;
+    totalRows += height;
+  }
+  Eigen::MatrixXd result(totalRows, std::max<Eigen::Index>(totalCols, 0));
+  Eigen::Index top = 0;
+  for (std::size_t r = 0; r < rows.size(); ++r) {
+    Eigen::Index leftEdge = 0;
+    for (const auto& m : blocks[r]) {
+      result.block(top, leftEdge, m->rows(), m->cols()) = *m;
+      leftEdge += m->cols();
+    }
+    top += rowHeights[r];
+  }
+  return TavixValue::FromMatrix(std::move(result));
+}
+
+IndexList EvaluateIndex(ExecContext& context, const IndexArgument& argument, Eigen::Index extent) {
+  IndexList list;
+  if (argument.all) {
+    list.all = true;
+    return list;
+  }
+  auto integerValue = [&](const Expression& node) -> std::shared_ptr<Eigen::MatrixXd> {
+    TavixValue value = node.Evaluate(context);
+    if (value.code != kind::MATRIX) context.Fail(argument, msg::kRangePositive);
+    for (double v : value.matrix->reshaped()) {
+      if (!(v >= 1.0) || v != std::floor(v) || !std::isfinite(v)) {
+        context.Fail(argument, msg::kRangePositive);
+      }
+    }
+    return value.matrix;
+  };
+  const auto from = integerValue(*argument.from);
+  if (argument.to) {
+    const auto to = integerValue(*argument.to);
+    if (from->size() != 1 || to->size() != 1) context.Fail(argument, msg::kRangePositive);
+    const auto a = static_cast<Eigen::Index>((*from)(0, 0));
+    const auto b = static_cast<Eigen::Index>((*to)(0, 0));
+    if (b < a) context.Fail(argument, msg::kRangeOrder);
+    if (b > extent) context.Fail(argument, msg::kIndexOutOfBounds);
+    list.indices.reserve(static_cast<std::size_t>(b - a + 1));
+    for (Eigen::Index i = a; i <= b; ++i) list.indices.push_back(i - 1);
+    return list;
+  }
+  list.indices.reserve(static_cast<std::size_t>(from->size()));
+  for (double v : from->reshaped()) {
+    if (v > static_cast<double>(extent)) context.Fail(argument, msg::kIndexOutOfBounds);
+    list.indices.push_back(static_cast<Eigen::Index>(v) - 1);
+  }
+  return list;
+}
+
+TavixValue IndexExpression::Evaluate(ExecContext& context) const {
+  const TavixValue value = target->Evaluate(context);
+  std::shared_ptr<const Eigen::MatrixXd> source;
+  if (value.code == kind::MATRIX) {
+    source = value.matrix;
+  } else if (value.code == kind::DATASET) {
+    source = std::make_shared<const Eigen::MatrixXd>(value.dataset->GetData());
+  } else {
+    context.Fail(*this, std::string("Range operations are not defined for ") + KindWord(value.code));
+  }
+  const Eigen::MatrixXd& m = *source;
+
+  if (arguments.size() == 1) {
+    // One index counts the elements in column order.
+    const IndexList list = EvaluateIndex(context, *arguments[0], m.size());
+    const Eigen::Index n = list.Count(m.size());
+    Eigen::MatrixXd out = m.rows() == 1 ? Eigen::MatrixXd(1, n) : Eigen::MatrixXd(n, 1);
+    for (Eigen::Index k = 0; k < n; ++k) out(k) = m.reshaped()(list.At(k));
+    return TavixValue::FromMatrix(std::move(out));
+  }
+
+  const IndexList rowList = EvaluateIndex(context, *arguments[0], m.rows());
+  const IndexList colList = EvaluateIndex(context, *arguments[1], m.cols());
+  const Eigen::Index nr = rowList.Count(m.rows());
+  const Eigen::Index nc = colList.Count(m.cols());
+  if (value.code == kind::DATASET) {
+    for (Eigen::Index c = 0; c < nc; ++c) {
+      const auto& names = value.dataset->VariableNames();
+      if (value.dataset->IsStringVariable(names[static_cast<std::size_t>(colList.At(c))])) {
+        context.Fail(*this, "The requested range from dataset \"" +
+                                context.stream().Text(target->first, target->last) +
+                                "\" contains string variables and cannot be turned into a matrix.");
+      }
+    }
+  }
+  Eigen::MatrixXd out(nr, nc);
+  for (Eigen::Index c = 0; c < nc; ++c) {
+    const Eigen::Index sc = colList.At(c);
+    for (Eigen::Index r = 0; r < nr; ++r) out(r, c) = m(rowList.At(r), sc);
+  }
+  return TavixValue::FromMatrix(std::move(out));
+}

@@ -1,0 +1,53 @@
+// The assignment and print rules.
+#include "AstStatements.h"
+#include "TavixParser.h"
+
+// assign_statement: single_assign | multi_assign (by the first token: ID or OBRCKT)
+StatementPtr TavixParser::assign_statement(bool execute) {
+  if (LA(1) == tok::OBRCKT) NoViableAlt();  // several targets need functions with several outputs
+  return single_assign(execute);
+}
+
+// single_assign: id_item (OPAREN index_argument (COMMA index_argument)? CPAREN)? ASSIGN
+//                rhs_matrix SEMICOL
+StatementPtr TavixParser::single_assign(bool execute) {
+  auto node = std::make_unique<AssignStatement>();
+  IdItem target = id_item(execute);
+  node->first = target.first;
+  node->targetLast = target.last;
+  node->path = std::move(target.path);
+  if (LA(1) == tok::OPAREN) {
+    m_stream.Consume();
+    m_bracketContext.push_back(false);
+    node->indices.push_back(index_argument(execute));
+    if (LA(1) == tok::COMMA) {
+      m_stream.Consume();
+      node->indices.push_back(index_argument(execute));
+    }
+    m_bracketContext.pop_back();
+    node->targetLast = match(tok::CPAREN, {tok::ASSIGN}).index;
+  }
+  match(tok::ASSIGN, ExpressionStarters());
+  node->value = rhs_matrix(execute);
+  node->last = match(tok::SEMICOL).index;
+  RunIfExecuting(*node, execute);
+  return node;
+}
+
+// print_statement: PRINT OPAREN rhs_matrix (COMMA rhs_matrix)? CPAREN SEMICOL
+StatementPtr TavixParser::print_statement(bool execute) {
+  auto node = std::make_unique<PrintStatement>();
+  node->first = match(tok::PRINT).index;
+  match(tok::OPAREN, ExpressionStarters());
+  m_bracketContext.push_back(false);
+  node->value = rhs_matrix(execute);
+  if (LA(1) == tok::COMMA) {
+    m_stream.Consume();
+    node->colour = rhs_matrix(execute);
+  }
+  m_bracketContext.pop_back();
+  match(tok::CPAREN, {tok::SEMICOL});
+  node->last = match(tok::SEMICOL).index;
+  RunIfExecuting(*node, execute);
+  return node;
+}
