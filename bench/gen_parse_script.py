@@ -3,9 +3,10 @@
 
 Usage: gen_parse_script.py OUTPUT [--lines N] [--seed S]
 
-Every line is one of: a "//" comment, a "/* */" comment (some spanning several lines), a name or
-dotted name, a number in one of its four forms, or a string literal (some with escapes, some spanning
-two lines), each statement followed by ";". The output is the same for the same seed and line count.
+Every line is one of: a "//" comment, a "/* */" comment (some spanning several lines), an
+assignment of an arithmetic expression (numbers in their four forms, names, indexed names, matrix
+literals) to a name or a dotted name, an assignment of a string literal (some with escapes, some
+spanning two lines), or a print statement. The output is the same for the same seed and line count.
 """
 
 import argparse
@@ -52,6 +53,28 @@ def number(rng):
     return digits + exponent
 
 
+def operand(rng):
+    """A number, a name, an indexed name or a small matrix literal."""
+    kind = rng.random()
+    if kind < 0.35:
+        return number(rng)
+    if kind < 0.65:
+        return name(rng)
+    if kind < 0.85:
+        return "%s(%d, %d:%d)" % (name(rng), rng.randint(1, 9), rng.randint(1, 4), rng.randint(5, 9))
+    return "[%s, %s; %s %s]" % tuple(number(rng) for _ in range(4))
+
+
+def expression(rng):
+    """An arithmetic expression of one to four operands."""
+    out = operand(rng)
+    for _ in range(rng.randrange(4)):
+        out += " " + rng.choice(["+", "-", "*", ".*", "./", "/"]) + " " + operand(rng)
+    if rng.random() < 0.2:
+        out = "(" + out + ")'"
+    return out
+
+
 def text(rng, count):
     """A few words of text."""
     return " ".join(rng.choice(WORDS) for _ in range(count))
@@ -78,18 +101,20 @@ def chunk(rng, room):
         body = ["   " + text(rng, rng.randint(1, 6)) for _ in range(span - 2)]
         return [indent + "/* " + text(rng, 3)] + body + ["   " + text(rng, 2) + " */"]
     if kind < 0.42:
-        return [indent + name(rng) + ";"]
+        return [indent + name(rng) + " = " + expression(rng) + ";"]
     if kind < 0.62:
-        line = indent + dotted_name(rng) + ";"
+        line = indent + dotted_name(rng) + " = " + expression(rng) + ";"
         if rng.random() < 0.2:
             line += " // " + text(rng, 3)
         return [line]
+    if kind < 0.76:
+        return [indent + name(rng) + " = " + number(rng) + ";"]
     if kind < 0.84:
-        return [indent + number(rng) + ";"]
+        return [indent + "print(" + name(rng) + ");"]
     if kind < 0.97 or room < 2:
-        return [indent + string_literal(rng) + ";"]
+        return [indent + name(rng) + " = " + string_literal(rng) + ";"]
     # A string literal that spans two lines.
-    return [indent + '"' + text(rng, 3), text(rng, 2) + '";']
+    return [indent + name(rng) + ' = "' + text(rng, 3), text(rng, 2) + '";']
 
 
 def generate(lines, seed):

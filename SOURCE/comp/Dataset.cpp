@@ -1,0 +1,85 @@
+// Dataset: variables, string codes and data.
+#include "Dataset.h"
+
+#include <cmath>
+#include <stdexcept>
+
+Dataset::Dataset(std::vector<std::string> names, const Eigen::MatrixXd& data)
+    : m_names(std::move(names)), m_data(data), m_labels(m_names.size()) {
+  if (static_cast<Eigen::Index>(m_names.size()) != data.cols()) {
+    throw std::invalid_argument("Dataset: one name per column is needed");
+  }
+}
+
+int Dataset::Find(const std::string& name) const {
+  for (std::size_t i = 0; i < m_names.size(); ++i) {
+    if (m_names[i] == name) return static_cast<int>(i);
+  }
+  return -1;
+}
+
+bool Dataset::AddVariable(const std::string& name, const Eigen::VectorXd& values) {
+  if (VariableExists(name)) return false;
+  if (!m_names.empty() && values.size() != m_data.rows()) return false;
+  if (m_names.empty()) m_data.resize(values.size(), 0);
+  m_data.conservativeResize(Eigen::NoChange, m_data.cols() + 1);
+  m_data.col(m_data.cols() - 1) = values;
+  m_names.push_back(name);
+  m_labels.emplace_back();
+  return true;
+}
+
+bool Dataset::AddStringVariable(const std::string& name, const std::vector<std::string>& values) {
+  std::vector<std::string> labels;
+  Eigen::VectorXd codes(static_cast<Eigen::Index>(values.size()));
+  for (std::size_t row = 0; row < values.size(); ++row) {
+    std::size_t code = 0;
+    while (code < labels.size() && labels[code] != values[row]) ++code;
+    if (code == labels.size()) labels.push_back(values[row]);
+    codes(static_cast<Eigen::Index>(row)) = static_cast<double>(code + 1);
+  }
+  if (!AddVariable(name, codes)) return false;
+  m_labels.back() = std::move(labels);
+  return true;
+}
+
+bool Dataset::ReplaceVariable(const std::string& name, const Eigen::VectorXd& values) {
+  const int at = Find(name);
+  if (at < 0 || values.size() != m_data.rows()) return false;
+  m_data.col(at) = values;
+  m_labels[static_cast<std::size_t>(at)].clear();
+  return true;
+}
+
+void Dataset::DisassociateStringVar(const std::string& name) {
+  const int at = Find(name);
+  if (at >= 0) m_labels[static_cast<std::size_t>(at)].clear();
+}
+
+bool Dataset::IsStringVariable(const std::string& name) const {
+  const int at = Find(name);
+  return at >= 0 && !m_labels[static_cast<std::size_t>(at)].empty();
+}
+
+bool Dataset::HasStringVariables() const {
+  for (const auto& labels : m_labels) {
+    if (!labels.empty()) return true;
+  }
+  return false;
+}
+
+Eigen::VectorXd Dataset::GetVariable(const std::string& name) const {
+  const int at = Find(name);
+  if (at < 0) return {};
+  return m_data.col(at);
+}
+
+std::string Dataset::StringValue(const std::string& name, Eigen::Index row) const {
+  const int at = Find(name);
+  if (at < 0 || row < 0 || row >= m_data.rows()) return {};
+  const auto& labels = m_labels[static_cast<std::size_t>(at)];
+  const double code = m_data(row, at);
+  if (labels.empty() || std::isnan(code)) return {};
+  const auto index = static_cast<std::size_t>(code) - 1;
+  return index < labels.size() ? labels[index] : std::string();
+}

@@ -1,0 +1,37 @@
+// Workspace: the five name-keyed collections of a session, looked up in a fixed order.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "TavixValue.h"
+
+class Workspace {
+public:
+  std::map<std::string, std::shared_ptr<Eigen::MatrixXd>> matrices;
+  std::map<std::string, std::shared_ptr<Dataset>> datasets;
+  std::map<std::string, std::shared_ptr<Model>> models;
+  std::map<std::string, std::shared_ptr<TavixStructure>> structures;
+  std::map<std::string, std::shared_ptr<std::string>> strings;
+
+  // The kind code of the first collection holding `name` in the order matrices, datasets,
+  // models, structures, strings; -1 when none does.
+  int ID_code(const std::string& name) const;
+  // The value of `name` from that first collection (kind UNKNOWN when absent).
+  TavixValue Get(const std::string& name) const;
+  // Stores a value under `name`, removing the name from every other collection first, so one
+  // name means one thing after an assignment.
+  void Store(const std::string& name, const TavixValue& value);
+  // Removes `name` from every collection; false when it was nowhere.
+  bool Remove(const std::string& name);
+  void Clear();
+
+  // Changes whenever an entry is removed or the workspace cleared, so that name look-ups may be
+  // cached while it stays the same.
+  std::uint64_t Generation() const { return m_generation; }
+
+private:
+  std::uint64_t m_generation = 0;
+};
