@@ -139,10 +139,11 @@ IndexList EvaluateIndex(ExecContext& context, const IndexArgument& argument, Eig
   if (argument.to) {
     const auto to = integerValue(*argument.to);
     if (from->size() != 1 || to->size() != 1) context.Fail(argument, msg::kRangePositive);
+    // Compare as numbers first: the ends may be far beyond any index.
+    if ((*to)(0, 0) < (*from)(0, 0)) context.Fail(argument, msg::kRangeOrder);
+    if ((*to)(0, 0) > static_cast<double>(extent)) context.Fail(argument, msg::kIndexOutOfBounds);
     const auto a = static_cast<Eigen::Index>((*from)(0, 0));
     const auto b = static_cast<Eigen::Index>((*to)(0, 0));
-    if (b < a) context.Fail(argument, msg::kRangeOrder);
-    if (b > extent) context.Fail(argument, msg::kIndexOutOfBounds);
     list.indices.reserve(static_cast<std::size_t>(b - a + 1));
     for (Eigen::Index i = a; i <= b; ++i) list.indices.push_back(i - 1);
     return list;

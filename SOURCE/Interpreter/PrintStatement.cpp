@@ -11,16 +11,23 @@
 
 namespace {
 
-// The escape pairs a printed string turns into characters, replaced in this order.
+// The escape pairs a printed string turns into characters, replaced one pair after the other in
+// this order, as each pass sees the result of the one before.
 std::string Unescape(std::string text) {
-  static const std::pair<const char*, const char*> kPairs[] = {
-      {"\\t", "\t"}, {"\\n", "\n"}, {"\\r", "\r"}, {"\\\"", "\""}, {"\\'", "'"}};
-  for (const auto& [pair, character] : kPairs) {
-    std::size_t at = 0;
-    while ((at = text.find(pair, at)) != std::string::npos) {
-      text.replace(at, 2, character);
-      at += 1;
+  static const std::pair<char, char> kPairs[] = {
+      {'t', '\t'}, {'n', '\n'}, {'r', '\r'}, {'"', '"'}, {'\'', '\''}};
+  for (const auto& [letter, character] : kPairs) {
+    std::string next;
+    next.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+      if (text[i] == '\\' && i + 1 < text.size() && text[i + 1] == letter) {
+        next += character;
+        ++i;
+      } else {
+        next += text[i];
+      }
     }
+    text = std::move(next);
   }
   return text;
 }

@@ -3,7 +3,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <sstream>
 
 #include "Interpreter.h"
 #include "SystemGlobals.h"
@@ -64,12 +63,16 @@ int RunBatchScript(Session& session, const std::string& scriptPath) {
     session.dispatcher.Print("Unable to open file " + scriptPath + ".\n");
     return kBatchUnreadableScript;
   }
-  std::ostringstream text;
-  text << file.rdbuf();
-  if (file.bad() || (file.fail() && !file.eof())) {
+  std::string text;
+  char buffer[1 << 16];
+  while (file.read(buffer, sizeof buffer) || file.gcount() > 0) {
+    text.append(buffer, static_cast<std::size_t>(file.gcount()));
+  }
+  std::error_code error;
+  if (file.bad() || fs::is_directory(scriptPath, error)) {
     session.dispatcher.Print("Unable to read from file '" + scriptPath + "'.\n");
     return kBatchUnreadableScript;
   }
-  const JobOutcome outcome = RunJob(session, text.str(), "\"" + scriptPath + "\"", 0);
+  const JobOutcome outcome = RunJob(session, std::move(text), "\"" + scriptPath + "\"", 0);
   return outcome == JobOutcome::Completed ? kBatchSuccess : kBatchScriptFailed;
 }

@@ -71,6 +71,7 @@ TEST(ParserFuzz, RandomAndMutatedScriptsNeverCrash) {
   while (std::chrono::steady_clock::now() < deadline) {
     const std::string script = (rng() % 3 == 0) ? RandomPieces(rng)
                                                 : Mutate(kCorpus[rng() % kCorpus.size()], rng);
+    const auto started = std::chrono::steady_clock::now();
     Session session;
     auto sink = std::make_shared<RecordingSink>();
     session.dispatcher = EventDispatcher(sink);
@@ -81,7 +82,10 @@ TEST(ParserFuzz, RandomAndMutatedScriptsNeverCrash) {
       const std::string report = error.what();
       // Every report names the input.
       ASSERT_NE(report.find("input \"fuzz\""), std::string::npos) << script << "\n" << report;
+    } catch (const std::exception& error) {
+      FAIL() << "unexpected " << error.what() << " from:\n" << script;
     }
+    ASSERT_LT(std::chrono::steady_clock::now() - started, std::chrono::seconds(2)) << script;
     ++runs;
   }
   // Both outcomes occur, and the corpus itself still runs cleanly.

@@ -55,7 +55,7 @@ TEST(MatrixArithmetic, Powers) {
   EXPECT_EQ(arithmetic::Power(M({{2}}), M({{1, 2}}), out), "The exponents of scalars must be scalars.");
   EXPECT_EQ(arithmetic::Power(M({{1, 2, 3}, {4, 5, 6}}), M({{2}}), out),
             "The base must be a square matrix.");
-  for (double bad : {0.5, 0.0, -1.0, NAN, INFINITY}) {
+  for (double bad : {0.5, 0.0, -1.0, double(NAN), double(INFINITY)}) {
     EXPECT_EQ(arithmetic::Power(M({{1, 1}, {0, 1}}), M({{bad}}), out),
               "The exponents of matrices must be positive integers.")
         << bad;

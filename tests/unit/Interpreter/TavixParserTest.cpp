@@ -50,8 +50,8 @@ TEST(TavixParser, WhatCannotStandAloneIsAnIncompleteStatement) {
   // The line offset is added to every line number.
   EXPECT_EQ(run.ErrorOf("\ninf;", 10), "Syntax error in input \"test.tvx\", line 12" + incomplete);
   // The value is evaluated first, so an unknown name is reported as such.
-  EXPECT_EQ(run.ErrorOf("  alpha;"),
-            "In input \"test.tvx\", line 1\nalpha ...\nSymbol \"alpha\" is not defined.");
+  EXPECT_EQ(run.ErrorOf("  2 + alpha;"),
+            "In input \"test.tvx\", line 1\n2 + alpha ...\nSymbol \"alpha\" is not defined.");
 }
 
 TEST(TavixParser, AStatementThatNoRuleStartsIsANoViableAlternative) {
@@ -115,24 +115,26 @@ TEST(TavixParser, NamesResolveThroughStructuresDatasetsAndModels) {
   ASSERT_EQ(column.code, kind::MATRIX);
   EXPECT_EQ(column.matrix->rows(), 2);
 
-  EXPECT_EQ(run.ErrorOf("s.a.c;"),
-            "In input \"test.tvx\", line 1\ns.a.c ...\nStructure \"s.a\" has no element called \"c\".");
-  EXPECT_EQ(run.ErrorOf("d.town;"),
-            "In input \"test.tvx\", line 1\nd.town ...\nVariable \"town\" from dataset \"d\" is a "
+  EXPECT_EQ(run.ErrorOf("z = s.a.c;"),
+            "In input \"test.tvx\", line 1\nz = s.a.c ...\nStructure \"s.a\" has no element called \"c\".");
+  EXPECT_EQ(run.ErrorOf("z = d.town;"),
+            "In input \"test.tvx\", line 1\nz = d.town ...\nVariable \"town\" from dataset \"d\" is a "
             "string variable and cannot be turned to a matrix.");
-  EXPECT_EQ(run.ErrorOf("d.y;"),
-            "In input \"test.tvx\", line 1\nd.y ...\nDataset \"d\" has no variable called \"y\".");
-  EXPECT_EQ(run.ErrorOf("d.num;"),
-            "Syntax error in input \"test.tvx\", line 1\nThis appears to be an incomplete statement.");
+  EXPECT_EQ(run.ErrorOf("\nz = 1 +\n  d.y;"),
+            "In input \"test.tvx\", line 2\nz = 1 +\n  d.y ...\nDataset \"d\" has no variable called \"y\".");
+  EXPECT_EQ(run.ErrorOf("z = x.v;"),
+            "In input \"test.tvx\", line 1\nz = x.v ...\nSymbol \"x.v\" is not defined.");
+  EXPECT_EQ(run.ErrorOf("z = d.num;"), "");
+  EXPECT_EQ(run.session.workspace.matrices.at("z")->rows(), 2);
 }
 
 TEST(TavixParser, ExecRunsAStatementListFromATokenAndPutsTheStreamBack) {
   Session session;
-  TokenStream stream("foo; bar;", "\"e.tvx\"");
+  TokenStream stream("3 + foo; 4;", "\"e.tvx\"");
   TavixParser parser(stream, session, "\"e.tvx\"", 0);
   // Reading with the flag false runs nothing, even an unknown name.
   const auto block = parser.statement_list(false);
-  ASSERT_EQ(block->statements.size(), 4u);  // two names, two stray semicolons
+  ASSERT_EQ(block->statements.size(), 4u);  // two expressions, two stray semicolons
   EXPECT_EQ(stream.LA(1), tok::END_OF_INPUT);
   const int end = stream.Index();
   try {
@@ -140,7 +142,7 @@ TEST(TavixParser, ExecRunsAStatementListFromATokenAndPutsTheStreamBack) {
     FAIL() << "exec should run the first statement";
   } catch (const TavixError& error) {
     EXPECT_EQ(std::string(error.what()),
-              "In input \"e.tvx\", line 1\nfoo ...\nSymbol \"foo\" is not defined.");
+              "In input \"e.tvx\", line 1\n3 + foo ...\nSymbol \"foo\" is not defined.");
   }
   stream.Seek(end);
   testing::internal::CaptureStdout();
@@ -163,10 +165,10 @@ TEST(RunJob, BatchJobsPrintTheirErrorThenTheExitingLine) {
   EXPECT_EQ(run.sink->Transcript(), "\n\nTavix is exiting...\n");
   run.sink->Clear();
 
-  EXPECT_EQ(RunJob(run.session, "\n q;", "\"bad.tvx\"", 0), JobOutcome::Failed);
-  EXPECT_EQ(run.sink->Errors(), "In input \"bad.tvx\", line 2\nq ...\nSymbol \"q\" is not defined.");
+  EXPECT_EQ(RunJob(run.session, "\n 1 + q;", "\"bad.tvx\"", 0), JobOutcome::Failed);
+  EXPECT_EQ(run.sink->Errors(), "In input \"bad.tvx\", line 2\n1 + q ...\nSymbol \"q\" is not defined.");
   EXPECT_EQ(run.sink->Transcript(),
-            "In input \"bad.tvx\", line 2\nq ...\nSymbol \"q\" is not defined.\n\nTavix is exiting...\n");
+            "In input \"bad.tvx\", line 2\n1 + q ...\nSymbol \"q\" is not defined.\n\nTavix is exiting...\n");
   EXPECT_EQ(run.sink->Entries().back().action, ConsoleAction::Exit);
   run.sink->Clear();
 

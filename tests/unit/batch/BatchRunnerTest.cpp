@@ -7,6 +7,7 @@
 #include "BatchRunner.h"
 #include "RecordingSink.h"
 #include "SystemGlobals.h"
+#include "TavixSettings.h"
 
 namespace fs = std::filesystem;
 
@@ -48,7 +49,7 @@ TEST_F(BatchFixture, ScriptsThatCannotBeOpenedOrReadExitWithStatusTwo) {
 
 TEST_F(BatchFixture, ExitStatusSaysWhetherTheScriptRanToTheEnd) {
   Write(dir / "good.tvx", "// nothing to do\n");
-  Write(dir / "bad.tvx", "\nnope;\n");
+  Write(dir / "bad.tvx", "\nx = nope;\n");
   EXPECT_EQ(RunBatchScript(session, (dir / "good.tvx").string()), kBatchSuccess);
   EXPECT_EQ(RunBatchScript(session, (dir / "bad.tvx").string()), kBatchScriptFailed);
   // The input name is the path in double quotes.
