@@ -29,7 +29,9 @@ StatementPtr TavixParser::single_assign(bool execute) {
   }
   match(tok::ASSIGN, ExpressionStarters());
   node->value = rhs_matrix(execute);
-  node->last = match(tok::SEMICOL).index;
+  // Reports quote the statement up to its value, without the ";".
+  node->last = node->value->last;
+  match(tok::SEMICOL);
   RunIfExecuting(*node, execute);
   return node;
 }
@@ -46,8 +48,8 @@ StatementPtr TavixParser::print_statement(bool execute) {
     node->colour = rhs_matrix(execute);
   }
   m_bracketContext.pop_back();
-  match(tok::CPAREN, {tok::SEMICOL});
-  node->last = match(tok::SEMICOL).index;
+  node->last = match(tok::CPAREN, {tok::SEMICOL}).index;
+  match(tok::SEMICOL);
   RunIfExecuting(*node, execute);
   return node;
 }

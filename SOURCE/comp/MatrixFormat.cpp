@@ -28,9 +28,21 @@ Format ChooseFormat(const Eigen::MatrixXd& m) {
   }
   if (integers && largest < 1e15) return {Style::Integer, 0};
   if (integers || largest >= 1e5 || smallestNonZero < 1e-5) return {Style::Scientific, 5};
-  // Six significant digits of the largest element, the same decimals for all.
+  // Six significant digits of the largest element, the same decimals for all; decimals that are
+  // zero in every element are dropped, keeping at least one.
   const int magnitude = largest > 0.0 ? static_cast<int>(std::floor(std::log10(largest))) : 0;
-  return {Style::Fixed, std::clamp(5 - magnitude, 0, 10)};
+  const int decimals = std::clamp(5 - magnitude, 1, 10);
+  int needed = 1;
+  char buffer[64];
+  for (double v : m.reshaped()) {
+    if (!std::isfinite(v)) continue;
+    const int length = std::snprintf(buffer, sizeof buffer, "%.*f", decimals, v);
+    int last = length - 1;
+    while (buffer[last] == '0') --last;
+    needed = std::max(needed, decimals - (length - 1 - last));
+    if (needed == decimals) break;
+  }
+  return {Style::Fixed, needed};
 }
 
 std::string Cell(double v, const Format& format) {

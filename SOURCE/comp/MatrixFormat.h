@@ -11,7 +11,8 @@
 // - every finite element an integer (below 1e15 in magnitude): no decimals;
 // - otherwise six significant digits: fixed notation with the decimals that the largest
 //   magnitude needs, or scientific notation ("1.23457e+08") when the largest magnitude is at
-//   least 1e5 or the smallest non-zero one below 1e-5;
+//   least 1e5 or the smallest non-zero one below 1e-5; in fixed notation, decimals that are zero in
+//   every element are left out (at least one stays);
 // - NaN, infinity and minus infinity print as "nan", "inf" and "-inf" and do not affect the
 //   choice; negative zero prints as zero.
 // A matrix wider than `consoleWidth` characters is printed in blocks of columns, each headed by
