@@ -110,7 +110,9 @@ TEST(TavixLexer, HiddenTokensLinesAndPositions) {
     joined += source.substr(token.offset, token.length);
     const bool hidden = token.type == tok::WHITESPACE || token.type == tok::COMMENT;
     EXPECT_EQ(token.channel, hidden ? tok::HIDDEN_CHANNEL : tok::DEFAULT_CHANNEL);
-    if (token.type == tok::WHITESPACE) EXPECT_EQ(token.length, 1u);
+    if (token.type == tok::WHITESPACE) {
+      EXPECT_EQ(token.length, 1u);
+    }
   }
   EXPECT_EQ(joined, source);  // the tokens cover the text exactly
   EXPECT_EQ(tokens.back().type, tok::END_OF_INPUT);
