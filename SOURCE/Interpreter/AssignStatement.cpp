@@ -234,6 +234,15 @@ void AssignRangeOfName(ExecContext& context, const AssignStatement& statement,
 }  // namespace
 
 void AssignStatement::Execute(ExecContext& context) const {
+  if (indices.empty() && path.size() == 1) {
+    // `name = expression` over a matrix that nothing else shares: reuse its storage.
+    Workspace& ws = context.workspace();
+    const auto held = ws.matrices.find(path[0]);
+    if (held != ws.matrices.end() && held->second.use_count() == 1 &&
+        value->EvaluateInto(context, *held->second)) {
+      return;
+    }
+  }
   const TavixValue rhs = value->Evaluate(context);
   if (indices.empty()) {
     AssignWhole(context, *this, rhs);

@@ -24,6 +24,10 @@ struct Statement : Node {
 // An expression: yields a value.
 struct Expression : Node {
   virtual TavixValue Evaluate(ExecContext& context) const = 0;
+  // Evaluates a matrix result straight into `destination`, reusing its storage; false when the
+  // node does not do this (the caller then uses Evaluate). `destination` may be one of the
+  // operands; it is written only after every check has passed.
+  virtual bool EvaluateInto(ExecContext&, Eigen::MatrixXd&) const { return false; }
 };
 
 using StatementPtr = std::unique_ptr<Statement>;

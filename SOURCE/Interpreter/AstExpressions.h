@@ -35,6 +35,7 @@ struct BinaryExpression : Expression {
   ExpressionPtr left;
   ExpressionPtr right;
   TavixValue Evaluate(ExecContext& context) const override;
+  bool EvaluateInto(ExecContext& context, Eigen::MatrixXd& destination) const override;
 };
 
 // A unary sign in front of an operand.

@@ -44,6 +44,12 @@ std::string Refusal(BinaryOperator op, const std::string& text) {
 }  // namespace
 
 TavixValue BinaryExpression::Evaluate(ExecContext& context) const {
+  Eigen::MatrixXd out;
+  EvaluateInto(context, out);
+  return TavixValue::FromMatrix(std::move(out));
+}
+
+bool BinaryExpression::EvaluateInto(ExecContext& context, Eigen::MatrixXd& out) const {
   const TavixValue l = left->Evaluate(context);
   const TavixValue r = right->Evaluate(context);
   const bool power = op == BinaryOperator::Power || op == BinaryOperator::ElementPower;
@@ -52,7 +58,6 @@ TavixValue BinaryExpression::Evaluate(ExecContext& context) const {
   }
   const auto a = Operand(context, *this, *left, l, Refusal(op, opText));
   const auto b = Operand(context, *this, *right, r, Refusal(op, opText));
-  Eigen::MatrixXd out;
   std::string failure;
   switch (op) {
     case BinaryOperator::Add: failure = arithmetic::AddSubtract(*a, *b, false, out); break;
@@ -65,7 +70,7 @@ TavixValue BinaryExpression::Evaluate(ExecContext& context) const {
     case BinaryOperator::ElementPower: failure = arithmetic::ElementPower(*a, *b, out); break;
   }
   if (!failure.empty()) context.Fail(*this, failure);
-  return TavixValue::FromMatrix(std::move(out));
+  return true;
 }
 
 TavixValue UnaryExpression::Evaluate(ExecContext& context) const {

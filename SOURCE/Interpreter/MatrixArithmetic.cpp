@@ -41,7 +41,11 @@ std::string Multiply(const Eigen::MatrixXd& a, const Eigen::MatrixXd& b, Eigen::
   } else if (IsScalar(b)) {
     out = a * b(0, 0);
   } else if (a.cols() == b.rows()) {
-    out.noalias() = a * b;
+    if (&out == &a || &out == &b) {
+      out = a * b;  // Eigen goes through a temporary when the result is an operand
+    } else {
+      out.noalias() = a * b;
+    }
   } else {
     return msg::kMatricesNotComformable;
   }

@@ -6,7 +6,7 @@
 #include <Eigen/Dense>
 
 // Each operation writes its result into `out` and returns "" on success, or the message of the
-// failure (the operands are left alone). A 1 by 1 operand stands for every element where the
+// failure (the operands are left alone). `out` may be one of the operands. A 1 by 1 operand stands for every element where the
 // operation allows it.
 namespace arithmetic {
 
