@@ -7,5 +7,6 @@
 
 void GeneralErrorStatement::Execute(ExecContext& context) const {
   if (value) value->Evaluate(context);
+  if (condition) condition->Test(context);
   throw TavixError(IncompleteStatementReport(context.inputName(), context.ReportLine(first)));
 }

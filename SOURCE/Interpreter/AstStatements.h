@@ -2,11 +2,13 @@
 #pragma once
 
 #include "Ast.h"
+#include "AstConditions.h"
 
 // Something that cannot stand alone (an expression, a string, a stray token): its value, if
 // any, is evaluated, then it is reported as an incomplete statement.
 struct GeneralErrorStatement : Statement {
   ExpressionPtr value;  // empty for a stray token
+  BoolExpressionPtr condition;  // a strcmp standing alone
   void Execute(ExecContext& context) const override;
 };
 

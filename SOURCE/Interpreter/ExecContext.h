@@ -39,6 +39,24 @@ public:
   // Throws TavixInterrupted when the user asked to stop.
   void CheckInterrupt() const;
 
+  // While alive, the statement starting at token `first` is the running one (for statements
+  // that run while they are read, such as compound statements at the top level).
+  class StatementScope {
+  public:
+    StatementScope(ExecContext& context, int first)
+        : m_context(context), m_outer(context.m_statementFirst) {
+      context.CheckInterrupt();
+      context.m_statementFirst = first;
+    }
+    ~StatementScope() { m_context.m_statementFirst = m_outer; }
+    StatementScope(const StatementScope&) = delete;
+    StatementScope& operator=(const StatementScope&) = delete;
+
+  private:
+    ExecContext& m_context;
+    int m_outer;
+  };
+
   // Line of a token as reports print it (line offset added).
   long ReportLine(int tokenIndex) const { return m_lineOffset + m_stream.Get(tokenIndex).line; }
   int currentStatementFirst() const { return m_statementFirst; }

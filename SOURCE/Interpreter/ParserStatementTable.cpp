@@ -38,6 +38,9 @@ const Row kStatementRows[] = {
     {tok::ID, {&TavixParser::assign_statement, false}},
     {tok::OBRCKT, {&TavixParser::assign_statement, false}},
     {tok::PRINT, {&TavixParser::print_statement, false}},
+    {tok::IF, {&TavixParser::if_statement, false}},
+    {tok::WHILE, {&TavixParser::while_statement, false}},
+    {tok::FOR, {&TavixParser::for_statement, false}},
 };
 
 std::array<Rule, tok::TOKEN_TYPE_COUNT> BuildTable() {
@@ -82,6 +85,15 @@ const TokenSet& TavixParser::ExpressionStarters() {
   static const TokenSet starters = [] {
     TokenSet set = {tok::ID, tok::OBRCKT, tok::OPAREN, tok::PLUS, tok::MINUS, tok::STRING};
     for (int token : kValueTokens) set.Add(token);
+    return set;
+  }();
+  return starters;
+}
+
+const TokenSet& TavixParser::ConditionStarters() {
+  static const TokenSet starters = [] {
+    TokenSet set = ExpressionStarters();
+    set |= TokenSet{tok::SIM, tok::BTRUEFALSE, tok::STRCMP};
     return set;
   }();
   return starters;

@@ -52,6 +52,9 @@ StatementPtr TavixParser::general_error(bool execute) {
                                  tok::DOT,    tok::OCBRCKT, tok::OPAREN,  tok::SEMICOL};
   if (stray.Contains(LA(1))) {
     node->last = match(LA(1)).index;
+  } else if (LA(1) == tok::STRCMP) {
+    node->condition = strcmp_bool(execute);
+    node->last = node->condition->last;
   } else {
     node->value = (LA(1) == tok::STRING) ? string_item(execute) : rhs_matrix(execute);
     node->last = node->value->last;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "Ast.h"
+#include "AstConditions.h"
 #include "AstExpressions.h"
 #include "ErrorReports.h"
 #include "ExecContext.h"
@@ -70,6 +71,16 @@ public:
   StatementPtr single_assign(bool execute);
   StatementPtr print_statement(bool execute);
 
+  // Compound statements and their conditions.
+  StatementPtr if_statement(bool execute);
+  StatementPtr while_statement(bool execute);
+  StatementPtr for_statement(bool execute);
+  BoolExpressionPtr bool_expr(bool execute);
+  BoolExpressionPtr bool_signed(bool execute);
+  BoolExpressionPtr bool_primary(bool execute);
+  BoolExpressionPtr bool_simple(bool execute);
+  BoolExpressionPtr strcmp_bool(bool execute);
+
   ExecContext& context() { return m_context; }
   TokenStream& stream() { return m_stream; }
 
@@ -84,8 +95,9 @@ public:
   // The tokens that start a statement, and what may follow a whole statement.
   static const TokenSet& StatementStarters();
   static const TokenSet& StatementFollow();
-  // The tokens that may start an expression.
+  // The tokens that may start an expression, and a condition.
   static const TokenSet& ExpressionStarters();
+  static const TokenSet& ConditionStarters();
 
 protected:
   int LA(int k) const { return m_stream.LA(k); }
@@ -105,6 +117,8 @@ protected:
   template <class Parse>
   bool Speculate(Parse parse) {
     const int start = m_stream.Index();
+    const std::size_t brackets = m_bracketContext.size();
+    const std::size_t follows = m_followStack.size();
     ++m_backtracking;
     bool parsed = true;
     try {
@@ -113,6 +127,8 @@ protected:
       parsed = false;
     }
     --m_backtracking;
+    m_bracketContext.resize(brackets);
+    m_followStack.resize(follows);
     m_stream.Seek(start);
     return parsed;
   }
