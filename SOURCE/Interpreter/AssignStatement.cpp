@@ -238,9 +238,14 @@ void AssignStatement::Execute(ExecContext& context) const {
     // `name = expression` over a matrix that nothing else shares: reuse its storage.
     Workspace& ws = context.workspace();
     const auto held = ws.matrices.find(path[0]);
-    if (held != ws.matrices.end() && held->second.use_count() == 1 &&
-        value->EvaluateInto(context, *held->second)) {
-      return;
+    if (held != ws.matrices.end() && held->second.use_count() == 1) {
+      Eigen::MatrixXd& target = *held->second;
+      double scalar = 0.0;
+      if (target.size() == 1 && value->EvaluateScalar(context, scalar)) {
+        target(0, 0) = scalar;
+        return;
+      }
+      if (value->EvaluateInto(context, target)) return;
     }
   }
   const TavixValue rhs = value->Evaluate(context);

@@ -28,6 +28,10 @@ struct Expression : Node {
   // node does not do this (the caller then uses Evaluate). `destination` may be one of the
   // operands; it is written only after every check has passed.
   virtual bool EvaluateInto(ExecContext&, Eigen::MatrixXd&) const { return false; }
+  // The value as a plain number when the whole expression is arithmetic on 1 by 1 values, with
+  // no allocation; false otherwise, having raised nothing and changed nothing (the caller then
+  // uses Evaluate, which reports any error). Only nodes without side effects implement it.
+  virtual bool EvaluateScalar(ExecContext&, double&) const { return false; }
 };
 
 using StatementPtr = std::unique_ptr<Statement>;

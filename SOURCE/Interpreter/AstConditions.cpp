@@ -40,6 +40,9 @@ bool Compare(Comparison op, double a, double b) {
 }
 
 bool BoolComparison::Test(ExecContext& context) const {
+  double x = 0.0;
+  double y = 0.0;
+  if (left->EvaluateScalar(context, x) && right->EvaluateScalar(context, y)) return Compare(op, x, y);
   const TavixValue a = left->Evaluate(context);
   const TavixValue b = right->Evaluate(context);
   const auto scalar = [](const TavixValue& v) {

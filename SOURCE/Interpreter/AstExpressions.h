@@ -1,15 +1,21 @@
 // Expression nodes: literals, constants and workspace names.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
 #include "Ast.h"
+#include "Workspace.h"
 
 // A number as typed.
 struct NumberLiteral : Expression {
   double value = 0.0;
   TavixValue Evaluate(ExecContext& context) const override;
+  bool EvaluateScalar(ExecContext&, double& out) const override {
+    out = value;
+    return true;
+  }
 };
 
 // A string literal; its text is kept as typed, escape pairs included.
@@ -22,6 +28,14 @@ struct StringLiteral : Expression {
 struct NameExpression : Expression {
   std::vector<std::string> path;
   TavixValue Evaluate(ExecContext& context) const override;
+  bool EvaluateScalar(ExecContext& context, double& out) const override;
+
+private:
+  // The matrix entry a plain name resolved to, valid while the workspace has removed nothing.
+  const std::shared_ptr<Eigen::MatrixXd>* CachedMatrix(const Workspace& ws) const;
+  mutable std::uint64_t m_cacheWorkspace = 0;
+  mutable std::uint64_t m_cacheGeneration = 0;
+  mutable const std::shared_ptr<Eigen::MatrixXd>* m_cacheEntry = nullptr;
 };
 
 // The operators of the arithmetic rules.
@@ -36,6 +50,7 @@ struct BinaryExpression : Expression {
   ExpressionPtr right;
   TavixValue Evaluate(ExecContext& context) const override;
   bool EvaluateInto(ExecContext& context, Eigen::MatrixXd& destination) const override;
+  bool EvaluateScalar(ExecContext& context, double& out) const override;
 };
 
 // A unary sign in front of an operand.
@@ -43,6 +58,7 @@ struct UnaryExpression : Expression {
   bool negate = true;
   ExpressionPtr operand;
   TavixValue Evaluate(ExecContext& context) const override;
+  bool EvaluateScalar(ExecContext& context, double& out) const override;
 };
 
 // The postfix transpose `'`.

@@ -49,7 +49,31 @@ TavixValue BinaryExpression::Evaluate(ExecContext& context) const {
   return TavixValue::FromMatrix(std::move(out));
 }
 
+bool BinaryExpression::EvaluateScalar(ExecContext& context, double& out) const {
+  double a = 0.0;
+  double b = 0.0;
+  if (!left->EvaluateScalar(context, a) || !right->EvaluateScalar(context, b)) return false;
+  // On 1 by 1 operands every operator is the arithmetic of the two numbers.
+  switch (op) {
+    case BinaryOperator::Add: out = a + b; break;
+    case BinaryOperator::Subtract: out = a - b; break;
+    case BinaryOperator::Multiply:
+    case BinaryOperator::ElementMultiply: out = a * b; break;
+    case BinaryOperator::Divide:
+    case BinaryOperator::ElementDivide: out = a / b; break;
+    case BinaryOperator::Power:
+    case BinaryOperator::ElementPower: out = std::pow(a, b); break;
+  }
+  return true;
+}
+
 bool BinaryExpression::EvaluateInto(ExecContext& context, Eigen::MatrixXd& out) const {
+  double scalar = 0.0;
+  if (EvaluateScalar(context, scalar)) {
+    out.resize(1, 1);
+    out(0, 0) = scalar;
+    return true;
+  }
   const TavixValue l = left->Evaluate(context);
   const TavixValue r = right->Evaluate(context);
   const bool power = op == BinaryOperator::Power || op == BinaryOperator::ElementPower;
@@ -70,6 +94,12 @@ bool BinaryExpression::EvaluateInto(ExecContext& context, Eigen::MatrixXd& out) 
     case BinaryOperator::ElementPower: failure = arithmetic::ElementPower(*a, *b, out); break;
   }
   if (!failure.empty()) context.Fail(*this, failure);
+  return true;
+}
+
+bool UnaryExpression::EvaluateScalar(ExecContext& context, double& out) const {
+  if (!operand->EvaluateScalar(context, out)) return false;
+  if (negate) out = -out;
   return true;
 }
 

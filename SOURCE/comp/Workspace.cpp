@@ -1,6 +1,37 @@
 // Workspace: look-up order, storing and removing.
 #include "Workspace.h"
 
+#include <atomic>
+
+namespace {
+std::uint64_t NextWorkspaceId() {
+  static std::atomic<std::uint64_t> next{1};
+  return next.fetch_add(1, std::memory_order_relaxed);
+}
+}  // namespace
+
+Workspace::Workspace() : m_id(NextWorkspaceId()) {}
+
+Workspace::Workspace(const Workspace& other)
+    : matrices(other.matrices),
+      datasets(other.datasets),
+      models(other.models),
+      structures(other.structures),
+      strings(other.strings),
+      m_id(NextWorkspaceId()) {}
+
+Workspace& Workspace::operator=(const Workspace& other) {
+  if (this != &other) {
+    matrices = other.matrices;
+    datasets = other.datasets;
+    models = other.models;
+    structures = other.structures;
+    strings = other.strings;
+    ++m_generation;  // entries were replaced
+  }
+  return *this;
+}
+
 int Workspace::ID_code(const std::string& name) const {
   if (matrices.count(name)) return kind::MATRIX;
   if (datasets.count(name)) return kind::DATASET;

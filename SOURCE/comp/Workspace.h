@@ -10,6 +10,11 @@
 
 class Workspace {
 public:
+  Workspace();
+  // A copy holds the same values under a new identity.
+  Workspace(const Workspace& other);
+  Workspace& operator=(const Workspace& other);
+
   std::map<std::string, std::shared_ptr<Eigen::MatrixXd>> matrices;
   std::map<std::string, std::shared_ptr<Dataset>> datasets;
   std::map<std::string, std::shared_ptr<Model>> models;
@@ -31,7 +36,10 @@ public:
   // Changes whenever an entry is removed or the workspace cleared, so that name look-ups may be
   // cached while it stays the same.
   std::uint64_t Generation() const { return m_generation; }
+  // Unique among all workspaces of the process, so a cached look-up never confuses two of them.
+  std::uint64_t Id() const { return m_id; }
 
 private:
   std::uint64_t m_generation = 0;
+  std::uint64_t m_id;
 };
