@@ -236,10 +236,9 @@ void AssignRangeOfName(ExecContext& context, const AssignStatement& statement,
 void AssignStatement::Execute(ExecContext& context) const {
   if (indices.empty() && path.size() == 1) {
     // `name = expression` over a matrix that nothing else shares: reuse its storage.
-    Workspace& ws = context.workspace();
-    const auto held = ws.matrices.find(path[0]);
-    if (held != ws.matrices.end() && held->second.use_count() == 1) {
-      Eigen::MatrixXd& target = *held->second;
+    std::shared_ptr<Eigen::MatrixXd>* held = m_target.Find(context.workspace(), path[0]);
+    if (held && held->use_count() == 1) {
+      Eigen::MatrixXd& target = **held;
       double scalar = 0.0;
       if (target.size() == 1 && value->EvaluateScalar(context, scalar)) {
         target(0, 0) = scalar;

@@ -28,11 +28,12 @@ namespace {
 
 // The loop variable's matrix, copied first when something else shares it; null when the body
 // has removed the variable or left it empty.
-Eigen::MatrixXd* LoopVariable(Workspace& ws, const std::string& name) {
-  const auto it = ws.matrices.find(name);
-  if (it == ws.matrices.end() || it->second->size() == 0) return nullptr;
-  if (it->second.use_count() > 1) it->second = std::make_shared<Eigen::MatrixXd>(*it->second);
-  return it->second.get();
+Eigen::MatrixXd* LoopVariable(Workspace& ws, const std::string& name,
+                              const MatrixEntryCache& cache) {
+  std::shared_ptr<Eigen::MatrixXd>* entry = cache.Find(ws, name);
+  if (!entry || (*entry)->size() == 0) return nullptr;
+  if (entry->use_count() > 1) *entry = std::make_shared<Eigen::MatrixXd>(**entry);
+  return entry->get();
 }
 
 }  // namespace
@@ -54,14 +55,14 @@ void ForStatement::Execute(ExecContext& context) const {
   // The variable is a matrix beside any other value of that name, looked up on every pass, so a
   // body that assigns it moves the loop.
   ws.matrices[variable] = std::make_shared<Eigen::MatrixXd>(*a.matrix);
-  while (Eigen::MatrixXd* counter = LoopVariable(ws, variable)) {
+  while (Eigen::MatrixXd* counter = LoopVariable(ws, variable, m_counter)) {
     if (last < (*counter)(0, 0)) {
       counter->array() -= 1.0;
       break;
     }
     context.CheckInterrupt();
     body->Run(context);
-    counter = LoopVariable(ws, variable);
+    counter = LoopVariable(ws, variable, m_counter);
     if (!counter) break;
     counter->array() += 1.0;
   }

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "AstConditions.h"
+#include "MatrixEntryCache.h"
 
 // if (condition) block [else block] end
 struct IfStatement : Statement {
@@ -29,4 +30,7 @@ struct ForStatement : Statement {
   ExpressionPtr to;
   std::unique_ptr<Block> body;
   void Execute(ExecContext& context) const override;
+
+private:
+  MatrixEntryCache m_counter;  // where the loop variable lives
 };

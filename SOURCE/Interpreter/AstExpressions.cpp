@@ -53,20 +53,6 @@ TavixValue Member(const ExecContext& context, const Node& node, const TavixValue
 
 }  // namespace
 
-const std::shared_ptr<Eigen::MatrixXd>* NameExpression::CachedMatrix(const Workspace& ws) const {
-  if (path.size() != 1) return nullptr;
-  if (m_cacheWorkspace != ws.Id() || m_cacheGeneration != ws.Generation() || !m_cacheEntry) {
-    // Matrices come first in the look-up order, and map entries stay where they are until
-    // something is removed, which changes the generation.
-    const auto it = ws.matrices.find(path.front());
-    if (it == ws.matrices.end()) return nullptr;
-    m_cacheWorkspace = ws.Id();
-    m_cacheGeneration = ws.Generation();
-    m_cacheEntry = &it->second;
-  }
-  return m_cacheEntry;
-}
-
 bool NameExpression::EvaluateScalar(ExecContext& context, double& out) const {
   const auto* entry = CachedMatrix(context.workspace());
   if (!entry || (*entry)->size() != 1) return false;

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "Ast.h"
-#include "Workspace.h"
+#include "MatrixEntryCache.h"
 
 // A number as typed.
 struct NumberLiteral : Expression {
@@ -31,11 +31,11 @@ struct NameExpression : Expression {
   bool EvaluateScalar(ExecContext& context, double& out) const override;
 
 private:
-  // The matrix entry a plain name resolved to, valid while the workspace has removed nothing.
-  const std::shared_ptr<Eigen::MatrixXd>* CachedMatrix(const Workspace& ws) const;
-  mutable std::uint64_t m_cacheWorkspace = 0;
-  mutable std::uint64_t m_cacheGeneration = 0;
-  mutable const std::shared_ptr<Eigen::MatrixXd>* m_cacheEntry = nullptr;
+  // The matrix a plain name holds, or null.
+  const std::shared_ptr<Eigen::MatrixXd>* CachedMatrix(Workspace& ws) const {
+    return path.size() == 1 ? m_cache.Find(ws, path.front()) : nullptr;
+  }
+  MatrixEntryCache m_cache;
 };
 
 // The operators of the arithmetic rules.

@@ -16,6 +16,7 @@ struct GeneralErrorStatement : Statement {
 #include <vector>
 
 #include "AstExpressions.h"
+#include "MatrixEntryCache.h"
 
 // `target = value;` where the target is a name, a dotted path (a dataset variable, or a member
 // of a structure, created as needed), and optionally an index range on it.
@@ -25,6 +26,9 @@ struct AssignStatement : Statement {
   std::vector<std::unique_ptr<IndexArgument>> indices;  // empty: the whole target
   ExpressionPtr value;
   void Execute(ExecContext& context) const override;
+
+private:
+  MatrixEntryCache m_target;  // where a plain name's matrix lives
 };
 
 // `print(value [, colour]);`
