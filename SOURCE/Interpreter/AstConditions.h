@@ -57,3 +57,32 @@ struct StrcmpCondition : BoolExpression {
   ExpressionPtr right;
   bool Test(ExecContext& context) const override;
 };
+
+// A condition with one truth value (0 or 1) per element, such as a row selector.
+struct LogicalExpression : Node {
+  virtual Eigen::VectorXi Evaluate(ExecContext& context) const = 0;
+};
+
+using LogicalExpressionPtr = std::unique_ptr<LogicalExpression>;
+
+// "~" condition: 1 and 0 swap.
+struct LogicalNot : LogicalExpression {
+  LogicalExpressionPtr operand;
+  Eigen::VectorXi Evaluate(ExecContext& context) const override;
+};
+
+// condition { ("&" | "|") condition }, grouped from the left; both sides always evaluated; "&"
+// takes the element-wise minimum, "|" the maximum.
+struct LogicalChain : LogicalExpression {
+  LogicalExpressionPtr head;
+  std::vector<std::pair<bool, LogicalExpressionPtr>> rest;  // (is "&", operand)
+  Eigen::VectorXi Evaluate(ExecContext& context) const override;
+};
+
+// expr COMPARISON expr on vectors, element by element; a 1 by 1 side meets every element.
+struct LogicalComparison : LogicalExpression {
+  Comparison op = Comparison::Equal;
+  ExpressionPtr left;
+  ExpressionPtr right;
+  Eigen::VectorXi Evaluate(ExecContext& context) const override;
+};

@@ -1,4 +1,4 @@
-// The rules of compound statements and boolean conditions.
+// The rules of compound statements: if, while and for.
 #include <optional>
 
 #include "AstControl.h"
@@ -68,82 +68,3 @@ StatementPtr TavixParser::for_statement(bool execute) {
   return node;
 }
 
-// bool_expr: bool_signed ((AMP | VERT) bool_signed)*
-BoolExpressionPtr TavixParser::bool_expr(bool execute) {
-  BoolExpressionPtr first = bool_signed(execute);
-  if (LA(1) != tok::AMP && LA(1) != tok::VERT) return first;
-  auto chain = std::make_unique<BoolChain>();
-  chain->first = first->first;
-  chain->head = std::move(first);
-  while (LA(1) == tok::AMP || LA(1) == tok::VERT) {
-    const bool isAnd = LA(1) == tok::AMP;
-    m_stream.Consume();
-    BoolExpressionPtr operand = bool_signed(execute);
-    chain->last = operand->last;
-    chain->rest.emplace_back(isAnd, std::move(operand));
-  }
-  return chain;
-}
-
-// bool_signed: SIM? bool_primary
-BoolExpressionPtr TavixParser::bool_signed(bool execute) {
-  if (LA(1) != tok::SIM) return bool_primary(execute);
-  auto node = std::make_unique<BoolNot>();
-  node->first = match(tok::SIM).index;
-  node->operand = bool_primary(execute);
-  node->last = node->operand->last;
-  return node;
-}
-
-// bool_primary: BTRUEFALSE | strcmp_bool | (OPAREN bool_expr CPAREN)=> OPAREN bool_expr CPAREN
-//             | bool_simple
-BoolExpressionPtr TavixParser::bool_primary(bool execute) {
-  if (LA(1) == tok::BTRUEFALSE) {
-    auto node = std::make_unique<BoolConstant>();
-    const Token& word = match(tok::BTRUEFALSE);
-    node->value = m_stream.Text(word) == "true";
-    node->first = node->last = word.index;
-    return node;
-  }
-  if (LA(1) == tok::STRCMP) return strcmp_bool(execute);
-  // "(" opens either a condition or an arithmetic expression, as in (a + b) > c: try the
-  // condition first without running anything.
-  if (LA(1) == tok::OPAREN && Speculate([&] {
-        match(tok::OPAREN);
-        bool_expr(false);
-        match(tok::CPAREN);
-      })) {
-    const Token& open = match(tok::OPAREN);
-    BoolExpressionPtr inner = bool_expr(execute);
-    inner->first = open.index;
-    inner->last = match(tok::CPAREN).index;
-    return inner;
-  }
-  return bool_simple(execute);
-}
-
-// bool_simple: expr COMPARISON expr
-BoolExpressionPtr TavixParser::bool_simple(bool execute) {
-  auto node = std::make_unique<BoolComparison>();
-  node->left = expr(execute);
-  node->first = node->left->first;
-  const Token& op = match(tok::COMPARISON, ExpressionStarters());
-  node->op = ComparisonOf(m_stream.Text(op));
-  node->right = expr(execute);
-  node->last = node->right->last;
-  return node;
-}
-
-// strcmp_bool: STRCMP OPAREN expr COMMA expr CPAREN
-BoolExpressionPtr TavixParser::strcmp_bool(bool execute) {
-  auto node = std::make_unique<StrcmpCondition>();
-  node->first = match(tok::STRCMP).index;
-  match(tok::OPAREN, ExpressionStarters());
-  m_bracketContext.push_back(false);
-  node->left = expr(execute);
-  match(tok::COMMA, ExpressionStarters());
-  node->right = expr(execute);
-  m_bracketContext.pop_back();
-  node->last = match(tok::CPAREN).index;
-  return node;
-}

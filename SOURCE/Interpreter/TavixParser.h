@@ -80,6 +80,11 @@ public:
   BoolExpressionPtr bool_primary(bool execute);
   BoolExpressionPtr bool_simple(bool execute);
   BoolExpressionPtr strcmp_bool(bool execute);
+  // Logical conditions: one truth value per element.
+  LogicalExpressionPtr logical_expr(bool execute);
+  LogicalExpressionPtr logical_signed(bool execute);
+  LogicalExpressionPtr logical_primary(bool execute);
+  LogicalExpressionPtr logical_simple(bool execute);
 
   ExecContext& context() { return m_context; }
   TokenStream& stream() { return m_stream; }

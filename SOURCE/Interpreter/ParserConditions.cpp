@@ -1,0 +1,139 @@
+// The rules of conditions: boolean conditions (one truth value) and logical conditions (one truth
+// value per element).
+#include "AstConditions.h"
+#include "TavixParser.h"
+
+// bool_expr: bool_signed ((AMP | VERT) bool_signed)*
+BoolExpressionPtr TavixParser::bool_expr(bool execute) {
+  BoolExpressionPtr first = bool_signed(execute);
+  if (LA(1) != tok::AMP && LA(1) != tok::VERT) return first;
+  auto chain = std::make_unique<BoolChain>();
+  chain->first = first->first;
+  chain->head = std::move(first);
+  while (LA(1) == tok::AMP || LA(1) == tok::VERT) {
+    const bool isAnd = LA(1) == tok::AMP;
+    m_stream.Consume();
+    BoolExpressionPtr operand = bool_signed(execute);
+    chain->last = operand->last;
+    chain->rest.emplace_back(isAnd, std::move(operand));
+  }
+  return chain;
+}
+
+// bool_signed: SIM? bool_primary
+BoolExpressionPtr TavixParser::bool_signed(bool execute) {
+  if (LA(1) != tok::SIM) return bool_primary(execute);
+  auto node = std::make_unique<BoolNot>();
+  node->first = match(tok::SIM).index;
+  node->operand = bool_primary(execute);
+  node->last = node->operand->last;
+  return node;
+}
+
+// bool_primary: BTRUEFALSE | strcmp_bool | (OPAREN bool_expr CPAREN)=> OPAREN bool_expr CPAREN
+//             | bool_simple
+BoolExpressionPtr TavixParser::bool_primary(bool execute) {
+  if (LA(1) == tok::BTRUEFALSE) {
+    auto node = std::make_unique<BoolConstant>();
+    const Token& word = match(tok::BTRUEFALSE);
+    node->value = m_stream.Text(word) == "true";
+    node->first = node->last = word.index;
+    return node;
+  }
+  if (LA(1) == tok::STRCMP) return strcmp_bool(execute);
+  // "(" opens either a condition or an arithmetic expression, as in (a + b) > c: try the
+  // condition first without running anything.
+  if (LA(1) == tok::OPAREN && Speculate([&] {
+        match(tok::OPAREN);
+        bool_expr(false);
+        match(tok::CPAREN);
+      })) {
+    const Token& open = match(tok::OPAREN);
+    BoolExpressionPtr inner = bool_expr(execute);
+    inner->first = open.index;
+    inner->last = match(tok::CPAREN).index;
+    return inner;
+  }
+  return bool_simple(execute);
+}
+
+// bool_simple: expr COMPARISON expr
+BoolExpressionPtr TavixParser::bool_simple(bool execute) {
+  auto node = std::make_unique<BoolComparison>();
+  node->left = expr(execute);
+  node->first = node->left->first;
+  const Token& op = match(tok::COMPARISON, ExpressionStarters());
+  node->op = ComparisonOf(m_stream.Text(op));
+  node->right = expr(execute);
+  node->last = node->right->last;
+  return node;
+}
+
+// strcmp_bool: STRCMP OPAREN expr COMMA expr CPAREN
+BoolExpressionPtr TavixParser::strcmp_bool(bool execute) {
+  auto node = std::make_unique<StrcmpCondition>();
+  node->first = match(tok::STRCMP).index;
+  match(tok::OPAREN, ExpressionStarters());
+  m_bracketContext.push_back(false);
+  node->left = expr(execute);
+  match(tok::COMMA, ExpressionStarters());
+  node->right = expr(execute);
+  m_bracketContext.pop_back();
+  node->last = match(tok::CPAREN).index;
+  return node;
+}
+
+// logical_expr: logical_signed ((AMP | VERT) logical_signed)*
+LogicalExpressionPtr TavixParser::logical_expr(bool execute) {
+  LogicalExpressionPtr head = logical_signed(execute);
+  if (LA(1) != tok::AMP && LA(1) != tok::VERT) return head;
+  auto chain = std::make_unique<LogicalChain>();
+  chain->first = head->first;
+  chain->head = std::move(head);
+  while (LA(1) == tok::AMP || LA(1) == tok::VERT) {
+    const bool isAnd = LA(1) == tok::AMP;
+    m_stream.Consume();
+    LogicalExpressionPtr operand = logical_signed(execute);
+    chain->last = operand->last;
+    chain->rest.emplace_back(isAnd, std::move(operand));
+  }
+  return chain;
+}
+
+// logical_signed: SIM? logical_primary
+LogicalExpressionPtr TavixParser::logical_signed(bool execute) {
+  if (LA(1) != tok::SIM) return logical_primary(execute);
+  auto node = std::make_unique<LogicalNot>();
+  node->first = match(tok::SIM).index;
+  node->operand = logical_primary(execute);
+  node->last = node->operand->last;
+  return node;
+}
+
+// logical_primary: (OPAREN logical_expr CPAREN)=> OPAREN logical_expr CPAREN | logical_simple
+LogicalExpressionPtr TavixParser::logical_primary(bool execute) {
+  if (LA(1) == tok::OPAREN && Speculate([&] {
+        match(tok::OPAREN);
+        logical_expr(false);
+        match(tok::CPAREN);
+      })) {
+    const Token& open = match(tok::OPAREN);
+    LogicalExpressionPtr inner = logical_expr(execute);
+    inner->first = open.index;
+    inner->last = match(tok::CPAREN).index;
+    return inner;
+  }
+  return logical_simple(execute);
+}
+
+// logical_simple: expr COMPARISON expr
+LogicalExpressionPtr TavixParser::logical_simple(bool execute) {
+  auto node = std::make_unique<LogicalComparison>();
+  node->left = expr(execute);
+  node->first = node->left->first;
+  const Token& op = match(tok::COMPARISON, ExpressionStarters());
+  node->op = ComparisonOf(m_stream.Text(op));
+  node->right = expr(execute);
+  node->last = node->right->last;
+  return node;
+}
