@@ -41,6 +41,16 @@ const Row kStatementRows[] = {
     {tok::IF, {&TavixParser::if_statement, false}},
     {tok::WHILE, {&TavixParser::while_statement, false}},
     {tok::FOR, {&TavixParser::for_statement, false}},
+    {tok::TIC, {&TavixParser::tictoc_statement, false}},
+    {tok::CTIC, {&TavixParser::tictoc_statement, false}},
+    {tok::TOC, {&TavixParser::tictoc_statement, false}},
+    {tok::EVAL, {&TavixParser::system_statement, false}},
+    {tok::PAUSE, {&TavixParser::system_statement, false}},
+    {tok::RUN, {&TavixParser::system_statement, false}},
+    {tok::SYSTEM, {&TavixParser::system_statement, false}},
+    {tok::CLC, {&TavixParser::control_statement, false}},
+    {tok::MAXFIGURES, {&TavixParser::control_statement, false}},
+    {tok::SETWD, {&TavixParser::control_statement, false}},
 };
 
 std::array<Rule, tok::TOKEN_TYPE_COUNT> BuildTable() {

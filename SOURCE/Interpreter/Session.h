@@ -2,6 +2,8 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
+#include <ctime>
 #include <string>
 
 #include "EventDispatcher.h"
@@ -20,4 +22,11 @@ struct Session {
   std::string plotErrorMessage;
   // Set by the front end to stop the running job at its next interruption point.
   std::atomic<bool> interruptRequested{false};
+  // The latest timer that tic (wall clock) or ctic (processor time) started.
+  enum class Timer { None, Wall, Processor } timer = Timer::None;
+  std::chrono::steady_clock::time_point wallStart;
+  std::clock_t processorStart = 0;
+  // How deeply scripts run inside scripts (eval, run, user functions), to stop runaway recursion.
+  int nesting = 0;
+  static constexpr int kMaxNesting = 100;
 };

@@ -86,6 +86,12 @@ public:
   LogicalExpressionPtr logical_primary(bool execute);
   LogicalExpressionPtr logical_simple(bool execute);
 
+  // Session statements.
+  StatementPtr tictoc_statement(bool execute);
+  StatementPtr system_statement(bool execute);
+  StatementPtr control_statement(bool execute);
+  ExpressionPtr command_argument(bool execute);
+
   ExecContext& context() { return m_context; }
   TokenStream& stream() { return m_stream; }
 

@@ -1,6 +1,8 @@
 // The parser framework: statement dispatch, the execute flag, reports, jobs and interrupts.
 #include <gtest/gtest.h>
 
+#include <regex>
+
 #include "Dataset.h"
 #include "InterpreterTestSupport.h"
 #include "SystemGlobals.h"
@@ -189,4 +191,16 @@ TEST(RunJob, WindowJobsRefreshTheWindowInsteadOfExiting) {
   EXPECT_EQ(entries[1].action, ConsoleAction::UpdateGUI);
   EXPECT_EQ(entries[2].action, ConsoleAction::EnableRun);
   Tavix_SYSTEM_NAMESPACE::RUN_GUI = false;
+}
+
+TEST(SessionStatements, TocPrintsTheTimeSinceTheLatestTimer) {
+  RecordingSession run;
+  ASSERT_EQ(run.ErrorOf("tic;\npause(0.02);\ntoc;\nctic;\ntoc;"), "");
+  const std::string transcript = run.sink->Transcript();
+  const std::regex line("Elapsed time: ([0-9]+\\.[0-9]{6}) seconds\\.\n");
+  std::smatch first;
+  ASSERT_TRUE(std::regex_search(transcript, first, line)) << transcript;
+  EXPECT_GE(std::stod(first[1]), 0.02);  // the wall clock saw the pause
+  const std::string rest = first.suffix();
+  EXPECT_TRUE(std::regex_match(rest, line)) << rest;
 }
