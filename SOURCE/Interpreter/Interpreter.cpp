@@ -28,7 +28,13 @@ JobOutcome RunJob(Session& session, std::string code, const std::string& inputNa
     out.PrintError(error.what());
     outcome = JobOutcome::Failed;
   } catch (const TavixInterrupted&) {
-    out.EnableRunButton();
+    if (gui) {
+      out.EnableRunButton();
+    } else {
+      out.PrintError("Operation interrupted.\n");
+      out.Print(kExitingLine, false);
+      out.Exit();
+    }
     return JobOutcome::Interrupted;
   } catch (const std::bad_alloc&) {
     out.PrintError("Tavix ran out of memory; the job has been stopped.");

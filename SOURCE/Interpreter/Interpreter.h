@@ -17,7 +17,8 @@ enum class JobOutcome { Completed, Failed, Interrupted };
 // A job as a front end submits it: runs the code, prints an error report through the
 // dispatcher, then tells the front end the job is over. With a window, it refreshes the panes
 // and enables the run button; in a batch run it prints "\n\nTavix is exiting...\n" and asks the
-// program to exit. An interrupted job only enables the run button.
+// program to exit. An interrupted job only enables the run button with a window; in a batch run
+// it says "Operation interrupted." before the exiting line.
 JobOutcome RunJob(Session& session, std::string code, const std::string& inputName,
                   long firstLine);
 

@@ -27,5 +27,6 @@ int main(int argc, char** argv) {
   Session session;
   session.dispatcher = EventDispatcher(std::make_shared<ConsoleSink>());
   InitializeBatch(session, ProgramDirectory(argv[0]));
+  InstallInterruptHandler(session);
   return RunBatchScript(session, argv[1]);
 }

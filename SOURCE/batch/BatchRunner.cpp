@@ -1,6 +1,7 @@
 // The batch front end: settings, launching directory and the run of one script.
 #include "BatchRunner.h"
 
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 
@@ -11,6 +12,12 @@
 namespace fs = std::filesystem;
 
 namespace {
+
+std::atomic<bool>* g_interrupt = nullptr;
+
+extern "C" void OnInterruptSignal(int) {
+  if (g_interrupt) g_interrupt->store(true);
+}
 
 // The directory named in "launchDir.txt", when the file exists and the directory does.
 bool ApplyLaunchDirectoryFile() {
@@ -34,6 +41,16 @@ bool CurrentDirectoryUsable() {
 }
 
 }  // namespace
+
+void InstallInterruptHandler(Session& session) {
+  static_assert(std::atomic<bool>::is_always_lock_free);
+  g_interrupt = &session.interruptRequested;
+  struct sigaction action {};
+  action.sa_handler = OnInterruptSignal;
+  sigemptyset(&action.sa_mask);
+  action.sa_flags = SA_RESETHAND;  // the next Ctrl+C is the default: the program ends
+  sigaction(SIGINT, &action, nullptr);
+}
 
 void InitializeBatch(Session& session, const std::string& programDirectory) {
   Tavix_SYSTEM_NAMESPACE::RUN_GUI = false;
@@ -74,5 +91,10 @@ int RunBatchScript(Session& session, const std::string& scriptPath) {
     return kBatchUnreadableScript;
   }
   const JobOutcome outcome = RunJob(session, std::move(text), "\"" + scriptPath + "\"", 0);
-  return outcome == JobOutcome::Completed ? kBatchSuccess : kBatchScriptFailed;
+  switch (outcome) {
+    case JobOutcome::Completed: return kBatchSuccess;
+    case JobOutcome::Interrupted: return kBatchInterrupted;
+    case JobOutcome::Failed: break;
+  }
+  return kBatchScriptFailed;
 }

@@ -1,7 +1,10 @@
 // The batch front end: unreadable scripts, exit statuses, settings and the launching directory.
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <csignal>
 #include <filesystem>
+#include <thread>
 #include <fstream>
 
 #include "BatchRunner.h"
@@ -92,4 +95,18 @@ TEST_F(BatchFixture, LaunchDirectoryFileIsHonouredWhenItNamesADirectory) {
   Write(dir / "launchDir.txt", windowsStyle + "\r\n");
   InitializeBatch(session, dir.string());
   EXPECT_EQ(fs::current_path(), target);
+}
+
+TEST_F(BatchFixture, CtrlCStopsTheScriptWithAMessageAndKeepsItsOutput) {
+  Write(dir / "endless.tvx", "print(\"started\\n\");\nn = 0;\nwhile (n >= 0)\n  n = n + 1;\nend\n");
+  InstallInterruptHandler(session);
+  std::thread user([] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    std::raise(SIGINT);
+  });
+  const int status = RunBatchScript(session, (dir / "endless.tvx").string());
+  user.join();
+  std::signal(SIGINT, SIG_DFL);
+  EXPECT_EQ(status, kBatchInterrupted);
+  EXPECT_EQ(sink->Transcript(), "started\nOperation interrupted.\n\n\nTavix is exiting...\n");
 }
