@@ -62,8 +62,8 @@ Survey SurveyElements(const Eigen::MatrixXd& matrix) {
 // The decimal exponent of a positive finite magnitude once rounded to six significant digits.
 int DecimalExponent(double magnitude) {
   char buffer[32];
-  const auto result =
-      std::to_chars(buffer, buffer + sizeof buffer, magnitude, std::chars_format::scientific, kMantissaDecimals);
+  const auto result = std::to_chars(buffer, buffer + sizeof buffer, magnitude,
+                                    std::chars_format::scientific, kMantissaDecimals);
   const char* e = std::find(buffer, result.ptr, 'e');
   int exponent = 0;
   std::from_chars(e + 1 + (e[1] == '+'), result.ptr, exponent);
@@ -90,7 +90,7 @@ int NeededDecimals(const Eigen::MatrixXd& matrix, int decimals) {
 Format ChooseFormat(const Survey& s, const Eigen::MatrixXd& matrix) {
   const double largest = s.Largest();
   if (s.integers && largest < 1e15) return {Style::Integer, 0};
-  // A non-integer element is non-zero, so the smallest non-zero magnitude exists here.
+  // Some finite element is non-zero from here on, so the smallest non-zero magnitude exists.
   const int top = DecimalExponent(largest);
   const int bottom = DecimalExponent(s.SmallestNonZero());
   if (s.integers || top >= 5 || bottom <= -6 || top - bottom >= 5) {
@@ -107,7 +107,8 @@ std::size_t WriteCell(char* buffer, double v, const Format& format) {
   char* const end = buffer + 32;
   switch (format.style) {
     case Style::Integer:
-      return static_cast<std::size_t>(std::to_chars(buffer, end, v, std::chars_format::fixed, 0).ptr - buffer);
+      return static_cast<std::size_t>(
+          std::to_chars(buffer, end, v, std::chars_format::fixed, 0).ptr - buffer);
     case Style::Fixed:
       return static_cast<std::size_t>(
           std::to_chars(buffer, end, v, std::chars_format::fixed, format.decimals).ptr - buffer);

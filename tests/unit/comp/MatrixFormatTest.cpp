@@ -48,7 +48,8 @@ TEST(MatrixFormat, ScientificNotationForLargeTinyOrFarApartMagnitudes) {
 TEST(MatrixFormat, SpecialValuesAlignAndDoNotChooseTheFormat) {
   EXPECT_EQ(FormatMatrix(M({{NAN, 1.5}, {INFINITY, -INFINITY}})), "   nan   1.5\n   inf  -inf\n\n");
   EXPECT_EQ(FormatMatrix(M({{NAN, 3}, {-INFINITY, 10}})), "   nan     3\n  -inf    10\n\n");
-  EXPECT_EQ(FormatMatrix(M({{NAN, 1e-7, INFINITY}})), "      nan  1.00000e-07          inf\n\n");
+  EXPECT_EQ(FormatMatrix(M({{NAN, 1e-7, INFINITY}})),
+            "          nan  1.00000e-07          inf\n\n");
   EXPECT_EQ(FormatMatrix(M({{NAN, INFINITY}})), "  nan  inf\n\n");
 }
 
