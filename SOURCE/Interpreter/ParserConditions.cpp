@@ -3,21 +3,43 @@
 #include "AstConditions.h"
 #include "TavixParser.h"
 
-// bool_expr: bool_signed ((AMP | VERT) bool_signed)*
-BoolExpressionPtr TavixParser::bool_expr(bool execute) {
-  BoolExpressionPtr first = bool_signed(execute);
-  if (LA(1) != tok::AMP && LA(1) != tok::VERT) return first;
-  auto chain = std::make_unique<BoolChain>();
-  chain->first = first->first;
-  chain->head = std::move(first);
+template <class Chain, class Operand, class Rule>
+std::unique_ptr<Operand> TavixParser::Chained(std::unique_ptr<Operand> head, Rule next) {
+  if (LA(1) != tok::AMP && LA(1) != tok::VERT) return head;
+  auto chain = std::make_unique<Chain>();
+  chain->first = head->first;
+  chain->head = std::move(head);
   while (LA(1) == tok::AMP || LA(1) == tok::VERT) {
     const bool isAnd = LA(1) == tok::AMP;
     m_stream.Consume();
-    BoolExpressionPtr operand = bool_signed(execute);
+    std::unique_ptr<Operand> operand = next();
     chain->last = operand->last;
     chain->rest.emplace_back(isAnd, std::move(operand));
   }
   return chain;
+}
+
+template <class Rule>
+auto TavixParser::Parenthesised(Rule rule, bool execute) -> decltype(rule(execute)) {
+  // "(" opens either a condition or an arithmetic expression, as in (a + b) > c: try the
+  // condition first without running anything.
+  if (LA(1) != tok::OPAREN || !Speculate([&] {
+        match(tok::OPAREN);
+        rule(false);
+        match(tok::CPAREN);
+      })) {
+    return nullptr;
+  }
+  const Token& open = match(tok::OPAREN);
+  auto inner = rule(execute);
+  inner->first = open.index;
+  inner->last = match(tok::CPAREN).index;
+  return inner;
+}
+
+// bool_expr: bool_signed ((AMP | VERT) bool_signed)*
+BoolExpressionPtr TavixParser::bool_expr(bool execute) {
+  return Chained<BoolChain>(bool_signed(execute), [&] { return bool_signed(execute); });
 }
 
 // bool_signed: SIM? bool_primary
@@ -41,17 +63,7 @@ BoolExpressionPtr TavixParser::bool_primary(bool execute) {
     return node;
   }
   if (LA(1) == tok::STRCMP) return strcmp_bool(execute);
-  // "(" opens either a condition or an arithmetic expression, as in (a + b) > c: try the
-  // condition first without running anything.
-  if (LA(1) == tok::OPAREN && Speculate([&] {
-        match(tok::OPAREN);
-        bool_expr(false);
-        match(tok::CPAREN);
-      })) {
-    const Token& open = match(tok::OPAREN);
-    BoolExpressionPtr inner = bool_expr(execute);
-    inner->first = open.index;
-    inner->last = match(tok::CPAREN).index;
+  if (BoolExpressionPtr inner = Parenthesised([&](bool e) { return bool_expr(e); }, execute)) {
     return inner;
   }
   return bool_simple(execute);
@@ -85,19 +97,7 @@ BoolExpressionPtr TavixParser::strcmp_bool(bool execute) {
 
 // logical_expr: logical_signed ((AMP | VERT) logical_signed)*
 LogicalExpressionPtr TavixParser::logical_expr(bool execute) {
-  LogicalExpressionPtr head = logical_signed(execute);
-  if (LA(1) != tok::AMP && LA(1) != tok::VERT) return head;
-  auto chain = std::make_unique<LogicalChain>();
-  chain->first = head->first;
-  chain->head = std::move(head);
-  while (LA(1) == tok::AMP || LA(1) == tok::VERT) {
-    const bool isAnd = LA(1) == tok::AMP;
-    m_stream.Consume();
-    LogicalExpressionPtr operand = logical_signed(execute);
-    chain->last = operand->last;
-    chain->rest.emplace_back(isAnd, std::move(operand));
-  }
-  return chain;
+  return Chained<LogicalChain>(logical_signed(execute), [&] { return logical_signed(execute); });
 }
 
 // logical_signed: SIM? logical_primary
@@ -112,15 +112,7 @@ LogicalExpressionPtr TavixParser::logical_signed(bool execute) {
 
 // logical_primary: (OPAREN logical_expr CPAREN)=> OPAREN logical_expr CPAREN | logical_simple
 LogicalExpressionPtr TavixParser::logical_primary(bool execute) {
-  if (LA(1) == tok::OPAREN && Speculate([&] {
-        match(tok::OPAREN);
-        logical_expr(false);
-        match(tok::CPAREN);
-      })) {
-    const Token& open = match(tok::OPAREN);
-    LogicalExpressionPtr inner = logical_expr(execute);
-    inner->first = open.index;
-    inner->last = match(tok::CPAREN).index;
+  if (LogicalExpressionPtr inner = Parenthesised([&](bool e) { return logical_expr(e); }, execute)) {
     return inner;
   }
   return logical_simple(execute);

@@ -11,9 +11,7 @@ StatementPtr TavixParser::if_statement(bool execute) {
   const bool run = Executing(execute);
   std::optional<ExecContext::StatementScope> scope;
   if (run) scope.emplace(m_context, node->first);
-  match(tok::OPAREN, ConditionStarters());
-  node->condition = bool_expr(execute);
-  match(tok::CPAREN, StatementFollow());
+  node->condition = condition_in_parentheses(execute);
   // The condition is decided as soon as it is read; the first block runs before the else block
   // is read.
   const bool holds = run && node->condition->Test(m_context);
@@ -28,6 +26,14 @@ StatementPtr TavixParser::if_statement(bool execute) {
   return node;
 }
 
+// condition_in_parentheses: OPAREN bool_expr CPAREN
+BoolExpressionPtr TavixParser::condition_in_parentheses(bool execute) {
+  match(tok::OPAREN, ConditionStarters());
+  BoolExpressionPtr condition = bool_expr(execute);
+  match(tok::CPAREN, StatementFollow());
+  return condition;
+}
+
 // while_statement: WHILE OPAREN bool_expr CPAREN statement_list END
 StatementPtr TavixParser::while_statement(bool execute) {
   auto node = std::make_unique<WhileStatement>();
@@ -35,9 +41,7 @@ StatementPtr TavixParser::while_statement(bool execute) {
   const bool run = Executing(execute);
   std::optional<ExecContext::StatementScope> scope;
   if (run) scope.emplace(m_context, node->first);
-  match(tok::OPAREN, ConditionStarters());
-  node->condition = bool_expr(execute);
-  match(tok::CPAREN, StatementFollow());
+  node->condition = condition_in_parentheses(execute);
   const bool holds = run && node->condition->Test(m_context);
   node->body = statement_list(false);
   node->last = match(tok::END).index;

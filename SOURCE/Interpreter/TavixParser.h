@@ -75,6 +75,7 @@ public:
   StatementPtr if_statement(bool execute);
   StatementPtr while_statement(bool execute);
   StatementPtr for_statement(bool execute);
+  BoolExpressionPtr condition_in_parentheses(bool execute);
   BoolExpressionPtr bool_expr(bool execute);
   BoolExpressionPtr bool_signed(bool execute);
   BoolExpressionPtr bool_primary(bool execute);
@@ -143,6 +144,13 @@ protected:
     m_stream.Seek(start);
     return parsed;
   }
+
+  // operand ((AMP | VERT) operand)* as a Chain node, or the head alone.
+  template <class Chain, class Operand, class Rule>
+  std::unique_ptr<Operand> Chained(std::unique_ptr<Operand> head, Rule next);
+  // OPAREN rule CPAREN when the tokens read as that; null otherwise (nothing consumed).
+  template <class Rule>
+  auto Parenthesised(Rule rule, bool execute) -> decltype(rule(execute));
 
   // No alternative of the current rule starts with the current token.
   [[noreturn]] void NoViableAlt();
