@@ -19,6 +19,28 @@ std::unique_ptr<Operand> TavixParser::Chained(std::unique_ptr<Operand> head, Rul
   return chain;
 }
 
+template <class Not, class Rule>
+auto TavixParser::Negated(Rule primary) -> decltype(primary()) {
+  if (LA(1) != tok::SIM) return primary();
+  auto node = std::make_unique<Not>();
+  node->first = match(tok::SIM).index;
+  node->operand = primary();
+  node->last = node->operand->last;
+  return node;
+}
+
+template <class Comparison>
+std::unique_ptr<Comparison> TavixParser::Compared(bool execute) {
+  auto node = std::make_unique<Comparison>();
+  node->left = expr(execute);
+  node->first = node->left->first;
+  const Token& op = match(tok::COMPARISON, ExpressionStarters());
+  node->op = ComparisonOf(m_stream.Text(op));
+  node->right = expr(execute);
+  node->last = node->right->last;
+  return node;
+}
+
 template <class Rule>
 auto TavixParser::Parenthesised(Rule rule, bool execute) -> decltype(rule(execute)) {
   // "(" opens either a condition or an arithmetic expression, as in (a + b) > c: try the
@@ -44,12 +66,7 @@ BoolExpressionPtr TavixParser::bool_expr(bool execute) {
 
 // bool_signed: SIM? bool_primary
 BoolExpressionPtr TavixParser::bool_signed(bool execute) {
-  if (LA(1) != tok::SIM) return bool_primary(execute);
-  auto node = std::make_unique<BoolNot>();
-  node->first = match(tok::SIM).index;
-  node->operand = bool_primary(execute);
-  node->last = node->operand->last;
-  return node;
+  return Negated<BoolNot>([&] { return bool_primary(execute); });
 }
 
 // bool_primary: BTRUEFALSE | strcmp_bool | (OPAREN bool_expr CPAREN)=> OPAREN bool_expr CPAREN
@@ -71,14 +88,7 @@ BoolExpressionPtr TavixParser::bool_primary(bool execute) {
 
 // bool_simple: expr COMPARISON expr
 BoolExpressionPtr TavixParser::bool_simple(bool execute) {
-  auto node = std::make_unique<BoolComparison>();
-  node->left = expr(execute);
-  node->first = node->left->first;
-  const Token& op = match(tok::COMPARISON, ExpressionStarters());
-  node->op = ComparisonOf(m_stream.Text(op));
-  node->right = expr(execute);
-  node->last = node->right->last;
-  return node;
+  return Compared<BoolComparison>(execute);
 }
 
 // strcmp_bool: STRCMP OPAREN expr COMMA expr CPAREN
@@ -102,12 +112,7 @@ LogicalExpressionPtr TavixParser::logical_expr(bool execute) {
 
 // logical_signed: SIM? logical_primary
 LogicalExpressionPtr TavixParser::logical_signed(bool execute) {
-  if (LA(1) != tok::SIM) return logical_primary(execute);
-  auto node = std::make_unique<LogicalNot>();
-  node->first = match(tok::SIM).index;
-  node->operand = logical_primary(execute);
-  node->last = node->operand->last;
-  return node;
+  return Negated<LogicalNot>([&] { return logical_primary(execute); });
 }
 
 // logical_primary: (OPAREN logical_expr CPAREN)=> OPAREN logical_expr CPAREN | logical_simple
@@ -120,12 +125,5 @@ LogicalExpressionPtr TavixParser::logical_primary(bool execute) {
 
 // logical_simple: expr COMPARISON expr
 LogicalExpressionPtr TavixParser::logical_simple(bool execute) {
-  auto node = std::make_unique<LogicalComparison>();
-  node->left = expr(execute);
-  node->first = node->left->first;
-  const Token& op = match(tok::COMPARISON, ExpressionStarters());
-  node->op = ComparisonOf(m_stream.Text(op));
-  node->right = expr(execute);
-  node->last = node->right->last;
-  return node;
+  return Compared<LogicalComparison>(execute);
 }

@@ -148,6 +148,12 @@ protected:
   // operand ((AMP | VERT) operand)* as a Chain node, or the head alone.
   template <class Chain, class Operand, class Rule>
   std::unique_ptr<Operand> Chained(std::unique_ptr<Operand> head, Rule next);
+  // SIM primary as a Not node, or the primary alone.
+  template <class Not, class Rule>
+  auto Negated(Rule primary) -> decltype(primary());
+  // expr COMPARISON expr as a Comparison node.
+  template <class Comparison>
+  std::unique_ptr<Comparison> Compared(bool execute);
   // OPAREN rule CPAREN when the tokens read as that; null otherwise (nothing consumed).
   template <class Rule>
   auto Parenthesised(Rule rule, bool execute) -> decltype(rule(execute));

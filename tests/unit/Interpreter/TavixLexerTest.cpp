@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "LexerErrorReport.h"
 #include "TavixError.h"
 #include "TavixLexer.h"
 
@@ -48,6 +49,12 @@ TEST(TokenNames, TableHas206EntriesInTheRequiredOrder) {
   EXPECT_STREQ(TavixParserTokenNames[205], "'\"ma\"'");
   EXPECT_EQ(TokenName(tok::EXP_LOG_SQRT_ABS_TRIG), "EXP_LOG_SQRT_ABS_TRIG");
   EXPECT_EQ(TokenName(tok::END_OF_INPUT), "<EOF>");
+  // Every type's name sits at the type's number in the table.
+#define TAVIX_TOKEN(name) EXPECT_EQ(TokenName(tok::name), #name);
+#define TAVIX_LITERAL(name, text) EXPECT_EQ(TokenName(tok::name), "'" text "'");
+#include "TokenList.def"
+#undef TAVIX_TOKEN
+#undef TAVIX_LITERAL
   // Named tokens are in alphabetical order after the test statement.
   for (int type = tok::BETADIST + 1; type <= tok::ZEROS; ++type) {
     EXPECT_LT(std::string(TavixParserTokenNames[type - 1]), std::string(TavixParserTokenNames[type]))
@@ -62,6 +69,14 @@ TEST(TavixLexer, NamesNumbersAndOperators) {
     EXPECT_EQ(Lex(number), (std::vector<std::pair<int, std::string>>{{tok::NUMBER, number}}));
   }
   EXPECT_EQ(Types("1e"), (std::vector<int>{tok::NUMBER, tok::ID}));  // an exponent needs digits
+  EXPECT_EQ(Lex("1e+x"), (std::vector<std::pair<int, std::string>>{
+                             {tok::NUMBER, "1"}, {tok::ID, "e"}, {tok::PLUS, "+"}, {tok::ID, "x"}}));
+  EXPECT_EQ(Lex("1.5.3 ..5 3.e2"),
+            (std::vector<std::pair<int, std::string>>{{tok::NUMBER, "1.5"},
+                                                      {tok::NUMBER, ".3"},
+                                                      {tok::DOT, "."},
+                                                      {tok::NUMBER, ".5"},
+                                                      {tok::NUMBER, "3.e2"}}));
   EXPECT_EQ(Types("a.*b"), (std::vector<int>{tok::ID, tok::EMULT, tok::ID}));
   EXPECT_EQ(Types("a./b.^c"), (std::vector<int>{tok::ID, tok::EDIV, tok::ID, tok::EPOW, tok::ID}));
   EXPECT_EQ(Types("a.b"), (std::vector<int>{tok::ID, tok::DOT, tok::ID}));
@@ -97,6 +112,13 @@ TEST(TavixLexer, StringsKeepTheirTextAndMaySpanLines) {
   ASSERT_EQ(tokens.size(), 4u);
   EXPECT_EQ(tokens[2], (std::pair<int, std::string>{tok::STRING, "\"a\\tb\\\"c\nsecond\""}));
   EXPECT_EQ(Types("\""), std::vector<int>{tok::QUOTE});  // a double quote ending the input
+  EXPECT_EQ(Types("\"a\" \""), (std::vector<int>{tok::STRING, tok::QUOTE}));
+  EXPECT_EQ(Lex("\"\" \"\\\\\" \"constraint\" \"constraints\"x"),
+            (std::vector<std::pair<int, std::string>>{{tok::STRING, "\"\""},
+                                                      {tok::STRING, "\"\\\\\""},
+                                                      {tok::STRING, "\"constraint\""},
+                                                      {tok::LIT_CONSTRAINTS, "\"constraints\""},
+                                                      {tok::ID, "x"}}));
 }
 
 TEST(TavixLexer, HiddenTokensLinesAndPositions) {
@@ -128,6 +150,19 @@ TEST(TavixLexer, HiddenTokensLinesAndPositions) {
   EXPECT_EQ(find("bb").line, 3);
   EXPECT_EQ(find("bb").charPositionInLine, 4);
   EXPECT_EQ(find("2").charPositionInLine, 9);
+  EXPECT_EQ(tokens.back().line, 3);  // the end of input stands just past the last character
+  EXPECT_EQ(tokens.back().charPositionInLine, 11);
+  EXPECT_EQ(tokens.back().length, 0u);
+
+  // A string spanning lines moves what follows; a carriage return alone starts no line.
+  const std::string multi = "s = \"ab\r\ncd\" + x\r\ny\rz";
+  const auto after = TavixLexer(multi, "\"t\"").Tokenize();
+  std::vector<std::pair<int, int>> where;
+  for (const Token& token : after) {
+    if (token.channel == tok::DEFAULT_CHANNEL) where.emplace_back(token.line, token.charPositionInLine);
+  }
+  EXPECT_EQ(where, (std::vector<std::pair<int, int>>{{1, 0}, {1, 2}, {1, 4}, {2, 4}, {2, 6}, {3, 0},
+                                                     {3, 2}, {3, 3}}));
 }
 
 TEST(TavixLexer, FailuresGiveTheEndOfInputReport) {
@@ -135,8 +170,13 @@ TEST(TavixLexer, FailuresGiveTheEndOfInputReport) {
       "In parsing input \"bad.tvx\"\nunexpected end of input (EOF)\n(This usually indicates an "
       "unterminated multiline comment or a script file ending with a comment line)";
   for (const char* source : {"x = 1; # no", "a ! b", "@ f;", "@1", "s = \"open;\n", "/* open",
-                             "x = 1;\n// last line", "s = \"bad \\q escape\";", "\x80"}) {
+                             "x = 1;\n// last line", "// last line\r", "s = \"bad \\q escape\";",
+                             "s = \"a\\", "x = @", "/*/", "\x80"}) {
     EXPECT_EQ(LexError(source), report) << source;
   }
+  EXPECT_EQ(LexError(std::string("a\0b", 3)), report);
   EXPECT_EQ(LexError("x = 1;\n// last line\n"), "");
+  EXPECT_EQ(LexError("/**/ x"), "");
+  // Other messages are reported as they are.
+  EXPECT_EQ(LexerErrorReport("\"in\"", "bad thing"), "In parsing input \"in\"\nbad thing");
 }
