@@ -270,3 +270,7 @@ void AssignStatement::Execute(ExecContext& context) const {
   WriteRange(context, *this, changed, *rhs.matrix);
   AssignWhole(context, *this, TavixValue::FromMatrix(std::move(changed)));
 }
+
+void AssignStatement::Store(ExecContext& context, const TavixValue& value) const {
+  AssignWhole(context, *this, value);
+}

@@ -26,22 +26,11 @@ std::string StringArgument(ExecContext& context, const Node& at, const Expressio
   return *value.string;
 }
 
-// Runs code inside the running job, counting the nesting so that runaway recursion ends with a
-// message instead of exhausting the stack.
+// Runs code inside the running job, on the same workspace, one nesting level deeper.
 void RunNested(ExecContext& context, const Node& at, std::string code, const std::string& name,
                long lineOffset) {
-  Session& session = context.session();
-  if (session.nesting >= Session::kMaxNesting) {
-    context.Fail(at, "Scripts are nested too deeply (more than " +
-                         std::to_string(Session::kMaxNesting) + " levels of eval, run and function "
-                         "calls).");
-  }
-  ++session.nesting;
-  struct Unnest {
-    Session& session;
-    ~Unnest() { --session.nesting; }
-  } unnest{session};
-  RunProgram(session, std::move(code), name, lineOffset);
+  ExecContext::NestingScope nested(context, at);
+  RunProgram(context.session(), context.workspace(), std::move(code), name, lineOffset);
 }
 
 // The text in single quotes for the shell, with its own single quotes kept.

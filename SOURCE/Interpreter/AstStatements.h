@@ -26,6 +26,8 @@ struct AssignStatement : Statement {
   std::vector<std::unique_ptr<IndexArgument>> indices;  // empty: the whole target
   ExpressionPtr value;
   void Execute(ExecContext& context) const override;
+  // Stores a whole value in the target (a name, a dataset variable or a structure member).
+  void Store(ExecContext& context, const TavixValue& value) const;
 
 private:
   MatrixEntryCache m_target;  // where a plain name's matrix lives

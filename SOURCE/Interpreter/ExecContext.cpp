@@ -45,3 +45,13 @@ void ExecContext::InternalError(const std::string& tag) const {
 void ExecContext::CheckInterrupt() const {
   if (m_session.interruptRequested.load(std::memory_order_relaxed)) throw TavixInterrupted();
 }
+
+ExecContext::NestingScope::NestingScope(ExecContext& context, const Node& at)
+    : m_session(context.session()) {
+  if (m_session.nesting >= Session::kMaxNesting) {
+    context.Fail(at, "Scripts are nested too deeply (more than " +
+                         std::to_string(Session::kMaxNesting) +
+                         " levels of eval, run and function calls).");
+  }
+  ++m_session.nesting;
+}

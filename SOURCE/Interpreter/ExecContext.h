@@ -11,12 +11,16 @@
 // name and line offset for reports, and the statement now running.
 class ExecContext {
 public:
+  // Names resolve in `workspace`: the session's own, or a function call's local one.
+  ExecContext(Session& session, Workspace& workspace, const TokenStream& stream,
+              std::string inputName, long lineOffset)
+      : m_session(session), m_workspace(workspace), m_stream(stream),
+        m_inputName(std::move(inputName)), m_lineOffset(lineOffset) {}
   ExecContext(Session& session, const TokenStream& stream, std::string inputName, long lineOffset)
-      : m_session(session), m_stream(stream), m_inputName(std::move(inputName)),
-        m_lineOffset(lineOffset) {}
+      : ExecContext(session, session.workspace, stream, std::move(inputName), lineOffset) {}
 
   Session& session() const { return m_session; }
-  Workspace& workspace() const { return m_session.workspace; }
+  Workspace& workspace() const { return m_workspace; }
   const EventDispatcher& dispatcher() const { return m_session.dispatcher; }
   const TokenStream& stream() const { return m_stream; }
   const std::string& inputName() const { return m_inputName; }
@@ -57,14 +61,34 @@ public:
     int m_outer;
   };
 
+  // While alive, one more level of code runs inside code (eval, run, a function call); past the
+  // session's limit it raises the message at `at` instead, so runaway recursion never exhausts
+  // the stack.
+  class NestingScope {
+  public:
+    NestingScope(ExecContext& context, const Node& at);
+    ~NestingScope() { --m_session.nesting; }
+    NestingScope(const NestingScope&) = delete;
+    NestingScope& operator=(const NestingScope&) = delete;
+
+  private:
+    Session& m_session;
+  };
+
+  // The stream's owner, for nodes that must outlive this run (function bodies); may be empty.
+  const std::shared_ptr<TokenStream>& streamOwner() const { return m_streamOwner; }
+  void SetStreamOwner(std::shared_ptr<TokenStream> owner) { m_streamOwner = std::move(owner); }
+
   // Line of a token as reports print it (line offset added).
   long ReportLine(int tokenIndex) const { return m_lineOffset + m_stream.Get(tokenIndex).line; }
   int currentStatementFirst() const { return m_statementFirst; }
 
 private:
   Session& m_session;
+  Workspace& m_workspace;
   const TokenStream& m_stream;
   std::string m_inputName;
   long m_lineOffset;
   int m_statementFirst = 0;
+  std::shared_ptr<TokenStream> m_streamOwner;
 };

@@ -10,8 +10,14 @@
 
 void RunProgram(Session& session, std::string code, const std::string& inputName,
                 long lineOffset) {
-  TokenStream stream(std::move(code), inputName);
-  TavixParser parser(stream, session, inputName, lineOffset);
+  RunProgram(session, session.workspace, std::move(code), inputName, lineOffset);
+}
+
+void RunProgram(Session& session, Workspace& workspace, std::string code,
+                const std::string& inputName, long lineOffset) {
+  auto stream = std::make_shared<TokenStream>(std::move(code), inputName);
+  TavixParser parser(*stream, session, workspace, inputName, lineOffset);
+  parser.context().SetStreamOwner(stream);  // function definitions keep the text alive
   parser.program();
 }
 

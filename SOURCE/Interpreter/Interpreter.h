@@ -10,6 +10,9 @@
 // Used for jobs, for `run` and wherever code runs inside a running job.
 void RunProgram(Session& session, std::string code, const std::string& inputName,
                 long lineOffset);
+// The same with names resolving in `workspace` (code that runs inside a function call).
+void RunProgram(Session& session, Workspace& workspace, std::string code,
+                const std::string& inputName, long lineOffset);
 
 // How a job ended.
 enum class JobOutcome { Completed, Failed, Interrupted };

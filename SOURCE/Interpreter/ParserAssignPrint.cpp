@@ -4,8 +4,7 @@
 
 // assign_statement: single_assign | multi_assign (by the first token: ID or OBRCKT)
 StatementPtr TavixParser::assign_statement(bool execute) {
-  if (LA(1) == tok::OBRCKT) NoViableAlt();  // several targets need functions with several outputs
-  return single_assign(execute);
+  return LA(1) == tok::OBRCKT ? multi_assign(execute) : single_assign(execute);
 }
 
 // single_assign: id_item (OPAREN index_argument (COMMA index_argument)? CPAREN)? ASSIGN

@@ -5,6 +5,7 @@
 #include <numbers>
 
 #include "AstExpressions.h"
+#include "AstFunctions.h"
 #include "TavixParser.h"
 
 namespace {
@@ -148,6 +149,7 @@ ExpressionPtr TavixParser::primary_expr(bool execute) {
 }
 
 // tavix_value: NUMBER | INF | NA | PI | STRING | block_matrix | id_value_range
+//            | function_call_value
 ExpressionPtr TavixParser::tavix_value(bool execute) {
   switch (LA(1)) {
     case tok::NUMBER: {
@@ -166,6 +168,8 @@ ExpressionPtr TavixParser::tavix_value(bool execute) {
       return block_matrix(execute);
     case tok::ID:
       return id_value_range(execute);
+    case tok::FUNCID:
+      return function_call_value(execute);
     default:
       NoViableAlt();
   }

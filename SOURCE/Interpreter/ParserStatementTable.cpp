@@ -41,6 +41,8 @@ const Row kStatementRows[] = {
     {tok::IF, {&TavixParser::if_statement, false}},
     {tok::WHILE, {&TavixParser::while_statement, false}},
     {tok::FOR, {&TavixParser::for_statement, false}},
+    {tok::FUNCTION, {&TavixParser::function_run, false}},
+    {tok::FUNCID, {&TavixParser::function_call, true}},
     {tok::TIC, {&TavixParser::tictoc_statement, false}},
     {tok::CTIC, {&TavixParser::tictoc_statement, false}},
     {tok::TOC, {&TavixParser::tictoc_statement, false}},
@@ -93,7 +95,8 @@ const TokenSet& TavixParser::StatementFollow() {
 
 const TokenSet& TavixParser::ExpressionStarters() {
   static const TokenSet starters = [] {
-    TokenSet set = {tok::ID, tok::OBRCKT, tok::OPAREN, tok::PLUS, tok::MINUS, tok::STRING};
+    TokenSet set = {tok::ID, tok::OBRCKT, tok::OPAREN, tok::PLUS, tok::MINUS, tok::STRING,
+                    tok::FUNCID};
     for (int token : kValueTokens) set.Add(token);
     return set;
   }();

@@ -4,11 +4,15 @@
 #include <atomic>
 #include <chrono>
 #include <ctime>
+#include <map>
+#include <memory>
 #include <string>
 
 #include "EventDispatcher.h"
 #include "RandomEngine.h"
 #include "Workspace.h"
+
+struct FunctionDefinition;
 
 // Owned by a front end for the life of the program; every job and every parser borrows it.
 // Only the job that runs touches it; the front end reads it when no job runs.
@@ -29,4 +33,6 @@ struct Session {
   // How deeply scripts run inside scripts (eval, run, user functions), to stop runaway recursion.
   int nesting = 0;
   static constexpr int kMaxNesting = 100;
+  // User functions defined in the session, by name.
+  std::map<std::string, std::shared_ptr<const FunctionDefinition>> functions;
 };

@@ -10,6 +10,10 @@ TavixParser::TavixParser(TokenStream& stream, Session& session, std::string inpu
                          long lineOffset)
     : m_stream(stream), m_context(session, stream, std::move(inputName), lineOffset) {}
 
+TavixParser::TavixParser(TokenStream& stream, Session& session, Workspace& workspace,
+                         std::string inputName, long lineOffset)
+    : m_stream(stream), m_context(session, workspace, stream, std::move(inputName), lineOffset) {}
+
 void TavixParser::RunIfExecuting(const Statement& statement, bool execute) {
   if (Executing(execute)) m_context.Run(statement);
 }

@@ -15,6 +15,8 @@
 #include "TokenSet.h"
 #include "TokenStream.h"
 
+struct FunctionCallExpression;
+
 // Raised instead of a report while an alternative is tried speculatively; Speculate catches it.
 struct BacktrackFailure {};
 
@@ -34,6 +36,9 @@ public:
   // The parser reads `stream` and works on `session`; both must outlive it. `inputName` and
   // `lineOffset` say what reports call the input and how its lines are numbered.
   TavixParser(TokenStream& stream, Session& session, std::string inputName, long lineOffset);
+  // The same, with names resolving in `workspace` (a function call's local workspace).
+  TavixParser(TokenStream& stream, Session& session, Workspace& workspace, std::string inputName,
+              long lineOffset);
 
   // program: statement_list. Runs a whole script.
   void program();
@@ -86,6 +91,12 @@ public:
   LogicalExpressionPtr logical_signed(bool execute);
   LogicalExpressionPtr logical_primary(bool execute);
   LogicalExpressionPtr logical_simple(bool execute);
+
+  // User functions.
+  StatementPtr function_run(bool execute);
+  StatementPtr function_call(bool execute);
+  std::unique_ptr<FunctionCallExpression> function_call_value(bool execute);
+  StatementPtr multi_assign(bool execute);
 
   // Session statements.
   StatementPtr tictoc_statement(bool execute);

@@ -23,6 +23,8 @@ const std::vector<std::string> kCorpus = {
     "A = [1 2; 3 4] ^ 3;\nB = [A, A; A A];\nB(:, 1) = 0;\nprint(B);\n",
     "s = 0;\nfor (i = 1 : 5)\n  if (i > 2 & ~(s == 1) | strcmp(\"a\", \"a\"))\n    s = s + i;\n"
     "  else\n    s = s - 1;\n  end\nend\nwhile (s > 0)\n  s = s - 4;\nend\n",
+    "function [a, b] = f(x, y)\n  a = x + y;\n  b = x * y;\nend\n"
+    "function g(s)\n  print(s);\nend\n@g(\"t\");\n[p, q] = @f(1, 1);\n",
 };
 
 // Pieces that keep the mutated scripts close to the language.
