@@ -16,6 +16,21 @@ std::string JoinPath(const std::vector<std::string>& path, std::size_t count) {
   return joined;
 }
 
+// A range or dataset message; inside a multiple assignment it names the target, as in
+// "Index out of bounds in range assignment of "a".".
+std::string TargetMessage(const AssignStatement& statement, const char* text, const char* where,
+                          const std::string& name) {
+  if (!statement.namesTarget) return text;
+  std::string message(text);
+  message.pop_back();  // the final "."
+  return message + where + "\"" + name + "\".";
+}
+
+std::string RangeMessage(const AssignStatement& statement, const char* text) {
+  return TargetMessage(statement, text, " in range assignment of ",
+                       JoinPath(statement.path, statement.path.size()));
+}
+
 // One cell a range assignment writes: its position in column order and its new value.
 struct CellWrite {
   Eigen::Index position;
@@ -29,8 +44,9 @@ std::vector<CellWrite> SelectedCells(ExecContext& context, const AssignStatement
                                      const Eigen::MatrixXd& rhs) {
   std::vector<CellWrite> cells;
   const auto& args = statement.indices;
+  const std::string outOfBounds = RangeMessage(statement, msg::kIndexOutOfBounds);
   if (args.size() == 1) {
-    const IndexList list = EvaluateIndex(context, *args[0], rows * cols);
+    const IndexList list = EvaluateIndex(context, *args[0], rows * cols, outOfBounds);
     const Eigen::Index n = list.Count(rows * cols);
     if (rhs.size() != 1 && rhs.size() != n) context.Fail(statement, msg::kInconsistentElements);
     cells.reserve(static_cast<std::size_t>(n));
@@ -39,13 +55,15 @@ std::vector<CellWrite> SelectedCells(ExecContext& context, const AssignStatement
     }
     return cells;
   }
-  const IndexList rowList = EvaluateIndex(context, *args[0], rows);
-  const IndexList colList = EvaluateIndex(context, *args[1], cols);
+  const IndexList rowList = EvaluateIndex(context, *args[0], rows, outOfBounds);
+  const IndexList colList = EvaluateIndex(context, *args[1], cols, outOfBounds);
   const Eigen::Index nr = rowList.Count(rows);
   const Eigen::Index nc = colList.Count(cols);
   if (rhs.size() != 1) {
     if (rhs.size() != nr * nc) context.Fail(statement, msg::kInconsistentElements);
-    if (rhs.rows() != nr || rhs.cols() != nc) context.Fail(statement, msg::kInconsistentDimensions);
+    if (rhs.rows() != nr || rhs.cols() != nc) {
+      context.Fail(statement, RangeMessage(statement, msg::kInconsistentDimensions));
+    }
   }
   cells.reserve(static_cast<std::size_t>(nr * nc));
   for (Eigen::Index c = 0; c < nc; ++c) {
@@ -115,7 +133,8 @@ void AssignDatasetVariable(ExecContext& context, const AssignStatement& statemen
   const Eigen::MatrixXd& column = *value.matrix;
   if (column.cols() != 1) context.Fail(statement, msg::kDatasetVariableOneColumn);
   if (column.rows() != dataset.NumberOfObservations()) {
-    context.Fail(statement, msg::kDimensionMismatch);
+    context.Fail(statement, TargetMessage(statement, msg::kDimensionMismatch,
+                                          " in assignment to dataset ", statement.path[0]));
   }
   if (!dataset.VariableExists(variable)) {
     dataset.AddVariable(variable, column.col(0));
@@ -247,7 +266,10 @@ void AssignStatement::Execute(ExecContext& context) const {
       if (value->EvaluateInto(context, target)) return;
     }
   }
-  const TavixValue rhs = value->Evaluate(context);
+  Store(context, value->Evaluate(context));
+}
+
+void AssignStatement::Store(ExecContext& context, const TavixValue& rhs) const {
   if (indices.empty()) {
     AssignWhole(context, *this, rhs);
     return;
@@ -269,8 +291,4 @@ void AssignStatement::Execute(ExecContext& context) const {
   Eigen::MatrixXd changed = *current.matrix;
   WriteRange(context, *this, changed, *rhs.matrix);
   AssignWhole(context, *this, TavixValue::FromMatrix(std::move(changed)));
-}
-
-void AssignStatement::Store(ExecContext& context, const TavixValue& value) const {
-  AssignWhole(context, *this, value);
 }

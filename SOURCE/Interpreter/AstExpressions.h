@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Ast.h"
+#include "Messages.h"
 #include "MatrixEntryCache.h"
 
 // A number as typed.
@@ -93,7 +94,9 @@ struct IndexList {
 
 // Evaluates an index argument; fails with the range messages (positive integers, order) and
 // "Index out of bounds." past `extent`.
-IndexList EvaluateIndex(ExecContext& context, const IndexArgument& argument, Eigen::Index extent);
+// `outOfBounds` is the message for an index beyond `extent`.
+IndexList EvaluateIndex(ExecContext& context, const IndexArgument& argument, Eigen::Index extent,
+                        const std::string& outOfBounds = msg::kIndexOutOfBounds);
 
 // `name(i, j)`, `name(k)`: rows and columns of a matrix or of a dataset's data.
 struct IndexExpression : Expression {

@@ -154,7 +154,8 @@ TavixValue BlockMatrixExpression::Evaluate(ExecContext& context) const {
   return TavixValue::FromMatrix(std::move(result));
 }
 
-IndexList EvaluateIndex(ExecContext& context, const IndexArgument& argument, Eigen::Index extent) {
+IndexList EvaluateIndex(ExecContext& context, const IndexArgument& argument, Eigen::Index extent,
+                        const std::string& outOfBounds) {
   IndexList list;
   if (argument.all) {
     list.all = true;
@@ -176,7 +177,7 @@ IndexList EvaluateIndex(ExecContext& context, const IndexArgument& argument, Eig
     if (from->size() != 1 || to->size() != 1) context.Fail(argument, msg::kRangePositive);
     // Compare as numbers first: the ends may be far beyond any index.
     if ((*to)(0, 0) < (*from)(0, 0)) context.Fail(argument, msg::kRangeOrder);
-    if ((*to)(0, 0) > static_cast<double>(extent)) context.Fail(argument, msg::kIndexOutOfBounds);
+    if ((*to)(0, 0) > static_cast<double>(extent)) context.Fail(argument, outOfBounds);
     const auto a = static_cast<Eigen::Index>((*from)(0, 0));
     const auto b = static_cast<Eigen::Index>((*to)(0, 0));
     list.indices.reserve(static_cast<std::size_t>(b - a + 1));
@@ -185,7 +186,7 @@ IndexList EvaluateIndex(ExecContext& context, const IndexArgument& argument, Eig
   }
   list.indices.reserve(static_cast<std::size_t>(from->size()));
   for (double v : from->reshaped()) {
-    if (v > static_cast<double>(extent)) context.Fail(argument, msg::kIndexOutOfBounds);
+    if (v > static_cast<double>(extent)) context.Fail(argument, outOfBounds);
     list.indices.push_back(static_cast<Eigen::Index>(v) - 1);
   }
   return list;

@@ -13,6 +13,7 @@
 #include "ExecContext.h"
 #include "Interpreter.h"
 #include "ValueKind.h"
+#include "WorkspaceListing.h"
 
 namespace {
 
@@ -149,6 +150,26 @@ void ControlCommand::Execute(ExecContext& context) const {
     case Clc:
       context.dispatcher().ClearConsole();
       return;
+    case GetWd: {
+      std::error_code error;
+      const std::filesystem::path directory = std::filesystem::current_path(error);
+      if (error) context.Fail(*this, "Unable to read the current working directory.");
+      context.dispatcher().Print(directory.string() + "\n");
+      return;
+    }
+    case Who: {
+      if (!argument) {
+        context.dispatcher().Print(ListWorkspace(context.workspace()));
+        return;
+      }
+      const TavixValue value = argument->Evaluate(context);
+      const std::string name = context.stream().Text(argument->first, argument->last);
+      if (value.code != kind::STRUCTURE) {
+        context.Fail(*this, "The argument passed to \"who\" must be a structure.");
+      }
+      context.dispatcher().Print(ListStructure(name, *value.structure));
+      return;
+    }
     case MaxFigures: {
       const TavixValue value = argument->Evaluate(context);
       const bool valid = value.code == kind::MATRIX && value.matrix->size() == 1 &&

@@ -24,9 +24,10 @@ struct AssignStatement : Statement {
   std::vector<std::string> path;
   int targetLast = 0;  // last token of the target, for messages
   std::vector<std::unique_ptr<IndexArgument>> indices;  // empty: the whole target
-  ExpressionPtr value;
+  ExpressionPtr value;  // empty for a target of a multiple assignment
+  bool namesTarget = false;  // range and dataset messages name the target (multiple assignment)
   void Execute(ExecContext& context) const override;
-  // Stores a whole value in the target (a name, a dataset variable or a structure member).
+  // Stores a value in the target: the whole target, or the range given by `indices`.
   void Store(ExecContext& context, const TavixValue& value) const;
 
 private:

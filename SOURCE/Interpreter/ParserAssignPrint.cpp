@@ -15,17 +15,7 @@ StatementPtr TavixParser::single_assign(bool execute) {
   node->first = target.first;
   node->targetLast = target.last;
   node->path = std::move(target.path);
-  if (LA(1) == tok::OPAREN) {
-    m_stream.Consume();
-    m_bracketContext.push_back(false);
-    node->indices.push_back(index_argument(execute));
-    if (LA(1) == tok::COMMA) {
-      m_stream.Consume();
-      node->indices.push_back(index_argument(execute));
-    }
-    m_bracketContext.pop_back();
-    node->targetLast = match(tok::CPAREN, {tok::ASSIGN}).index;
-  }
+  target_range(*node, execute, {tok::ASSIGN});
   match(tok::ASSIGN, ExpressionStarters());
   node->value = rhs_matrix(execute);
   // Reports quote the statement up to its value, without the ";".
@@ -33,6 +23,21 @@ StatementPtr TavixParser::single_assign(bool execute) {
   match(tok::SEMICOL);
   RunIfExecuting(*node, execute);
   return node;
+}
+
+// The optional range of an assignment target: OPAREN index_argument (COMMA index_argument)?
+// CPAREN, followed by one of `next`.
+void TavixParser::target_range(AssignStatement& node, bool execute, const TokenSet& next) {
+  if (LA(1) != tok::OPAREN) return;
+  m_stream.Consume();
+  m_bracketContext.push_back(false);
+  node.indices.push_back(index_argument(execute));
+  if (LA(1) == tok::COMMA) {
+    m_stream.Consume();
+    node.indices.push_back(index_argument(execute));
+  }
+  m_bracketContext.pop_back();
+  node.targetLast = match(tok::CPAREN, next).index;
 }
 
 // print_statement: PRINT OPAREN rhs_matrix (COMMA rhs_matrix)? CPAREN SEMICOL

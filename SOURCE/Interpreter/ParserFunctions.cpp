@@ -67,7 +67,7 @@ StatementPtr TavixParser::function_call(bool execute) {
   return node;
 }
 
-// multi_assign: OBRCKT id_item (COMMA id_item)* CBRCKT ASSIGN function_call_value SEMICOL
+// multi_assign: OBRCKT target (COMMA target)* CBRCKT ASSIGN function_call_value SEMICOL
 StatementPtr TavixParser::multi_assign(bool execute) {
   auto node = std::make_unique<MultiAssignStatement>();
   node->first = match(tok::OBRCKT).index;
@@ -78,6 +78,8 @@ StatementPtr TavixParser::multi_assign(bool execute) {
     target->first = item.first;
     target->last = target->targetLast = item.last;
     target->path = std::move(item.path);
+    target->namesTarget = true;
+    target_range(*target, execute, {tok::COMMA, tok::CBRCKT});
     node->targets.push_back(std::move(target));
   } while (LA(1) == tok::COMMA);
   match(tok::CBRCKT, {tok::ASSIGN});

@@ -1,4 +1,5 @@
-// The rules of session statements: timers, eval, run, system, pause, clc, maxfigures, setwd.
+// The rules of session statements: timers, eval, run, system, pause, clc, getwd, who, maxfigures,
+// setwd.
 #include "AstSession.h"
 #include "TavixParser.h"
 
@@ -48,16 +49,24 @@ StatementPtr TavixParser::system_statement(bool execute) {
   return node;
 }
 
-// control_statement: CLC SEMICOL | (MAXFIGURES | SETWD) OPAREN expr CPAREN SEMICOL
+// control_statement: (CLC | GETWD | WHO) SEMICOL
+//                  | (WHO | MAXFIGURES | SETWD) OPAREN expr CPAREN SEMICOL
 StatementPtr TavixParser::control_statement(bool execute) {
   auto node = std::make_unique<ControlCommand>();
   const Token& word = LT(1);
   m_stream.Consume();
   node->first = word.index;
-  if (word.type == tok::CLC) {
-    node->kind = ControlCommand::Clc;
-  } else {
-    node->kind = word.type == tok::MAXFIGURES ? ControlCommand::MaxFigures : ControlCommand::SetWd;
+  switch (word.type) {
+    case tok::CLC: node->kind = ControlCommand::Clc; break;
+    case tok::GETWD: node->kind = ControlCommand::GetWd; break;
+    case tok::WHO: node->kind = ControlCommand::Who; break;
+    case tok::MAXFIGURES: node->kind = ControlCommand::MaxFigures; break;
+    default: node->kind = ControlCommand::SetWd; break;
+  }
+  const bool optional = node->kind == ControlCommand::Who;
+  const bool takesArgument = node->kind == ControlCommand::MaxFigures ||
+                             node->kind == ControlCommand::SetWd;
+  if (takesArgument || (optional && LA(1) == tok::OPAREN)) {
     node->argument = command_argument(execute);
   }
   node->last = LT(-1).index;

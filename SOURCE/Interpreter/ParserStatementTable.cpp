@@ -51,6 +51,8 @@ const Row kStatementRows[] = {
     {tok::RUN, {&TavixParser::system_statement, false}},
     {tok::SYSTEM, {&TavixParser::system_statement, false}},
     {tok::CLC, {&TavixParser::control_statement, false}},
+    {tok::GETWD, {&TavixParser::control_statement, false}},
+    {tok::WHO, {&TavixParser::control_statement, false}},
     {tok::MAXFIGURES, {&TavixParser::control_statement, false}},
     {tok::SETWD, {&TavixParser::control_statement, false}},
 };

@@ -9,6 +9,7 @@
 #include "Ast.h"
 #include "AstConditions.h"
 #include "AstExpressions.h"
+#include "AstStatements.h"
 #include "ErrorReports.h"
 #include "ExecContext.h"
 #include "Session.h"
@@ -74,6 +75,7 @@ public:
   // assign_statement, single_assign and print_statement.
   StatementPtr assign_statement(bool execute);
   StatementPtr single_assign(bool execute);
+  void target_range(AssignStatement& node, bool execute, const TokenSet& next);
   StatementPtr print_statement(bool execute);
 
   // Compound statements and their conditions.

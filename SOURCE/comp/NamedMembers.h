@@ -40,6 +40,7 @@ public:
   // The member as a value (kind UNKNOWN when absent), and setting a member from a value.
   TavixValue GetValue(const std::string& name) const;
   void SetValue(const std::string& name, const TavixValue& value) { m_members[name] = value; }
+  std::size_t NumberOfMembers() const { return m_members.size(); }
 
 protected:
   // Takes the member out when it has kind `code`; the value is empty otherwise.

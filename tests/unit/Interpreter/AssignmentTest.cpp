@@ -36,6 +36,19 @@ TEST_F(DatasetAssignment, VariablesAreAddedReplacedAndChecked) {
   EXPECT_EQ(Current().GetVariable("x"), Eigen::Vector3d(8, 10, 12));  // refused: unchanged
 }
 
+TEST_F(DatasetAssignment, MultipleAssignmentNamesTheDataset) {
+  EXPECT_EQ(run.ErrorOf("function [a, b] = two(x)\n  a = x;\n  b = [x; x];\nend\n"
+                        "[d.z, d(1:2, 1)] = @two([7; 8; 9]);"),
+            "In input \"test.tvx\", line 5\n[d.z, d ...\n"
+            "Inconsistent left- and right-side number of elements.");
+  EXPECT_EQ(Current().GetVariable("z"), Eigen::Vector3d(7, 8, 9));  // stored before the failure
+  EXPECT_EQ(run.ErrorOf("[d.w, k] = @two([1; 2]);"),
+            "In input \"test.tvx\", line 1\n[d.w ...\n"
+            "Dimension mismatch between left- and right-side expressions in assignment to "
+            "dataset \"d\".");
+  EXPECT_FALSE(Current().VariableExists("w"));
+}
+
 TEST_F(DatasetAssignment, DatasetsAreValues) {
   EXPECT_EQ(run.ErrorOf("e = d;\ne.x = [0; 0; 0];\nd(1, 2) = 50;"), "");
   EXPECT_EQ(data->GetVariable("x"), Eigen::Vector3d(1, 2, 3));  // the original never changes
