@@ -9,10 +9,15 @@ Each benchmark runs once untimed, then N times (default 5); the row gives the me
 minimum wall time of the timed runs. A script runs in batch mode from its own directory. With
 --parse-bench, a script of --lines lines is generated in a temporary directory first and the
 parse benchmark program reads it once per run.
+
+When a script has siblings of the same name ending in ".m" or ".R" and GNU Octave (`octave`)
+or R (`Rscript`) is installed, those are timed in the same run, and their rows give the ratio
+of their median to the Tavix script's median.
 """
 
 import argparse
 import os
+import shutil
 import statistics
 import subprocess
 import sys
@@ -26,10 +31,32 @@ import gen_parse_script  # noqa: E402
 class Benchmark:
     """One command to time, with the name it has in the table."""
 
-    def __init__(self, name, command, cwd=None):
+    def __init__(self, name, command, cwd=None, baseline=None):
         self.name = name
         self.command = command
         self.cwd = cwd
+        self.baseline = baseline  # the Tavix benchmark this one is compared with
+
+
+# Other programs that run the equivalent of a script: extension, executable, arguments.
+EQUIVALENTS = [
+    (".m", "octave", ["--no-gui", "--quiet", "--no-window-system"]),
+    (".R", "Rscript", ["--vanilla"]),
+]
+
+
+def equivalents(tavix_bench, path):
+    """Benchmarks of the installed programs that have an equivalent of the script at path."""
+    found = []
+    stem = os.path.splitext(path)[0]
+    for extension, program, arguments in EQUIVALENTS:
+        other = stem + extension
+        executable = shutil.which(program)
+        if executable and os.path.isfile(other):
+            found.append(Benchmark("%s %s" % (program, os.path.basename(other)),
+                                   [executable] + arguments + [os.path.basename(other)],
+                                   cwd=os.path.dirname(other), baseline=tavix_bench))
+    return found
 
 
 def run_once(bench):
@@ -90,9 +117,11 @@ def main():
         path = os.path.abspath(script)
         if not os.path.isfile(path):
             parser.error("no such script: %s" % script)
-        benches.append(Benchmark("batch run of %s" % os.path.basename(path),
-                                 [os.path.abspath(args.tavix), os.path.basename(path)],
-                                 cwd=os.path.dirname(path)))
+        tavix_bench = Benchmark("batch run of %s" % os.path.basename(path),
+                                [os.path.abspath(args.tavix), os.path.basename(path)],
+                                cwd=os.path.dirname(path))
+        benches.append(tavix_bench)
+        benches.extend(equivalents(tavix_bench, path))
 
     with tempfile.TemporaryDirectory(prefix="tavix-bench-") as workdir:
         if args.parse_bench:
@@ -104,17 +133,24 @@ def main():
                 [os.path.abspath(args.parse_bench), generated, "1"]))
 
         machine = "%d cores" % (os.cpu_count() or 1)
-        print(table_row(["benchmark", "median", "min", "runs", "machine"]))
-        print(table_row(["---"] * 5))
+        print(table_row(["benchmark", "median", "min", "runs", "vs Tavix", "machine"]))
+        print(table_row(["---"] * 6))
         failed = False
+        medians = {}
         for bench in benches:
             times, failure = measure(bench, args.runs, args.warmup)
             if failure:
-                failed = True
-                print(table_row([bench.name, "failed", failure, "", machine]))
-            else:
-                print(table_row([bench.name, format_seconds(statistics.median(times)),
-                                 format_seconds(min(times)), str(len(times)), machine]))
+                failed = bench.baseline is None  # a failing comparison program is only reported
+                print(table_row([bench.name, "failed", failure, "", "", machine]))
+                sys.stdout.flush()
+                continue
+            median = statistics.median(times)
+            medians[id(bench)] = median
+            ratio = ""
+            if bench.baseline is not None and id(bench.baseline) in medians:
+                ratio = "%.2fx" % (median / medians[id(bench.baseline)])
+            print(table_row([bench.name, format_seconds(median), format_seconds(min(times)),
+                             str(len(times)), ratio, machine]))
             sys.stdout.flush()
     return 1 if failed else 0
 

@@ -1,0 +1,6 @@
+f <- function() {
+  s <- 0
+  for (i in 1:10000000) s <- s + i * 0.5
+  s
+}
+print(compiler::cmpfun(f)())

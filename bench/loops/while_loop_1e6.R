@@ -1,0 +1,10 @@
+f <- function() {
+  n <- 0
+  s <- 0
+  while (n < 1000000 && s > -1) {
+    n <- n + 1
+    s <- s + n / 3
+  }
+  s
+}
+print(compiler::cmpfun(f)())
