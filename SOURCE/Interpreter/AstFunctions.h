@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "AstBuiltins.h"
 #include "AstStatements.h"
 #include "TavixOrderStructure.h"
 
@@ -32,11 +33,10 @@ struct FunctionStatement : Statement {
 };
 
 // @name(arguments): runs the function on a fresh workspace holding the arguments.
-struct FunctionCallExpression : Expression {
+struct FunctionCallExpression : MultiValueExpression {
   std::string name;  // without the "@"
   std::vector<ExpressionPtr> arguments;
-  // The outputs in order, the first one as member "0".
-  TavixOrderStructure Call(ExecContext& context) const;
+  TavixOrderStructure Call(ExecContext& context) const override;
   // The first output; a function without outputs cannot stand in an expression.
   TavixValue Evaluate(ExecContext& context) const override;
 };
@@ -47,9 +47,9 @@ struct FunctionCallStatement : Statement {
   void Execute(ExecContext& context) const override { call->Call(context); }
 };
 
-// [a, b, ...] = @name(arguments);
+// [a, b, ...] = @name(arguments); or a built-in with several outputs on the right.
 struct MultiAssignStatement : Statement {
   std::vector<std::unique_ptr<AssignStatement>> targets;
-  std::unique_ptr<FunctionCallExpression> call;
+  std::unique_ptr<MultiValueExpression> call;
   void Execute(ExecContext& context) const override;
 };

@@ -183,6 +183,16 @@ void ControlCommand::Execute(ExecContext& context) const {
       context.session().maxFigures = static_cast<int>((*value.matrix)(0, 0));
       return;
     }
+    case Seed: {
+      // Seeds up to 2^53, the whole numbers a double holds exactly.
+      const TavixValue value = argument->Evaluate(context);
+      const bool valid = value.code == kind::MATRIX && value.matrix->size() == 1 &&
+                         (*value.matrix)(0, 0) >= 1.0 && (*value.matrix)(0, 0) <= 9007199254740992.0 &&
+                         (*value.matrix)(0, 0) == std::floor((*value.matrix)(0, 0));
+      if (!valid) context.Fail(*this, "The argument passed to \"seed\" must be a positive integer.");
+      context.session().random.Seed(static_cast<std::uint64_t>((*value.matrix)(0, 0)));
+      return;
+    }
     case SetWd: {
       const std::string directory = StringArgument(context, *this, *argument, "setwd");
       std::error_code error;

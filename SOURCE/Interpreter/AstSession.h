@@ -16,9 +16,9 @@ struct SessionCommand : Statement {
   void Execute(ExecContext& context) const override;
 };
 
-// clc; getwd; who; who(structure); maxfigures(n); setwd(directory);
+// clc; getwd; who; who(structure); maxfigures(n); setwd(directory); seed(n);
 struct ControlCommand : Statement {
-  enum Kind { Clc, GetWd, Who, MaxFigures, SetWd } kind = Clc;
+  enum Kind { Clc, GetWd, Who, MaxFigures, SetWd, Seed } kind = Clc;
   ExpressionPtr argument;  // empty for clc, getwd and a bare who
   void Execute(ExecContext& context) const override;
 };

@@ -149,7 +149,7 @@ ExpressionPtr TavixParser::primary_expr(bool execute) {
 }
 
 // tavix_value: NUMBER | INF | NA | PI | STRING | block_matrix | id_value_range
-//            | function_call_value
+//            | function_call_value | builtin_function
 ExpressionPtr TavixParser::tavix_value(bool execute) {
   switch (LA(1)) {
     case tok::NUMBER: {
@@ -171,6 +171,7 @@ ExpressionPtr TavixParser::tavix_value(bool execute) {
     case tok::FUNCID:
       return function_call_value(execute);
     default:
+      if (StartsBuiltin()) return builtin_function(execute);
       NoViableAlt();
   }
 }

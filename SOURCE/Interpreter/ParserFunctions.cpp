@@ -67,7 +67,8 @@ StatementPtr TavixParser::function_call(bool execute) {
   return node;
 }
 
-// multi_assign: OBRCKT target (COMMA target)* CBRCKT ASSIGN function_call_value SEMICOL
+// multi_assign: OBRCKT target (COMMA target)* CBRCKT ASSIGN
+//               (function_call_value | EIG builtin | QUAD builtin) SEMICOL
 StatementPtr TavixParser::multi_assign(bool execute) {
   auto node = std::make_unique<MultiAssignStatement>();
   node->first = match(tok::OBRCKT).index;
@@ -83,8 +84,12 @@ StatementPtr TavixParser::multi_assign(bool execute) {
     node->targets.push_back(std::move(target));
   } while (LA(1) == tok::COMMA);
   match(tok::CBRCKT, {tok::ASSIGN});
-  match(tok::ASSIGN, {tok::FUNCID});
-  node->call = function_call_value(execute);
+  match(tok::ASSIGN, {tok::FUNCID, tok::EIG, tok::QUAD});
+  if (LA(1) == tok::EIG || LA(1) == tok::QUAD) {
+    node->call = builtin_function(execute);
+  } else {
+    node->call = function_call_value(execute);
+  }
   node->last = node->call->last;
   match(tok::SEMICOL);
   RunIfExecuting(*node, execute);

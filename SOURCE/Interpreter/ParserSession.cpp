@@ -1,5 +1,5 @@
 // The rules of session statements: timers, eval, run, system, pause, clc, getwd, who, maxfigures,
-// setwd.
+// setwd, seed.
 #include "AstSession.h"
 #include "TavixParser.h"
 
@@ -50,7 +50,7 @@ StatementPtr TavixParser::system_statement(bool execute) {
 }
 
 // control_statement: (CLC | GETWD | WHO) SEMICOL
-//                  | (WHO | MAXFIGURES | SETWD) OPAREN expr CPAREN SEMICOL
+//                  | (WHO | MAXFIGURES | SETWD | SEED) OPAREN expr CPAREN SEMICOL
 StatementPtr TavixParser::control_statement(bool execute) {
   auto node = std::make_unique<ControlCommand>();
   const Token& word = LT(1);
@@ -61,11 +61,13 @@ StatementPtr TavixParser::control_statement(bool execute) {
     case tok::GETWD: node->kind = ControlCommand::GetWd; break;
     case tok::WHO: node->kind = ControlCommand::Who; break;
     case tok::MAXFIGURES: node->kind = ControlCommand::MaxFigures; break;
+    case tok::SEED: node->kind = ControlCommand::Seed; break;
     default: node->kind = ControlCommand::SetWd; break;
   }
   const bool optional = node->kind == ControlCommand::Who;
   const bool takesArgument = node->kind == ControlCommand::MaxFigures ||
-                             node->kind == ControlCommand::SetWd;
+                             node->kind == ControlCommand::SetWd ||
+                             node->kind == ControlCommand::Seed;
   if (takesArgument || (optional && LA(1) == tok::OPAREN)) {
     node->argument = command_argument(execute);
   }

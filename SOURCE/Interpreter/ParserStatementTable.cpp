@@ -53,6 +53,7 @@ const Row kStatementRows[] = {
     {tok::CLC, {&TavixParser::control_statement, false}},
     {tok::GETWD, {&TavixParser::control_statement, false}},
     {tok::WHO, {&TavixParser::control_statement, false}},
+    {tok::SEED, {&TavixParser::control_statement, false}},
     {tok::MAXFIGURES, {&TavixParser::control_statement, false}},
     {tok::SETWD, {&TavixParser::control_statement, false}},
 };

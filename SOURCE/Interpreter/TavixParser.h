@@ -8,6 +8,7 @@
 
 #include "Ast.h"
 #include "AstConditions.h"
+#include "AstBuiltins.h"
 #include "AstExpressions.h"
 #include "AstStatements.h"
 #include "ErrorReports.h"
@@ -98,6 +99,9 @@ public:
   StatementPtr function_run(bool execute);
   StatementPtr function_call(bool execute);
   std::unique_ptr<FunctionCallExpression> function_call_value(bool execute);
+  std::unique_ptr<BuiltinCallExpression> builtin_function(bool execute);
+  // Whether the next token is the keyword of a built-in function.
+  bool StartsBuiltin() const;
   StatementPtr multi_assign(bool execute);
 
   // Session statements.

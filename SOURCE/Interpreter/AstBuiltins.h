@@ -1,0 +1,33 @@
+// Calls of built-in functions: the keyword, its arguments and named options, and its table row.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "Ast.h"
+#include "BuiltinCall.h"
+#include "TavixOrderStructure.h"
+
+// A call that can give several outputs: user functions and the multi-output built-ins.
+struct MultiValueExpression : Expression {
+  // The outputs in order, the first one as member "0".
+  virtual TavixOrderStructure Call(ExecContext& context) const = 0;
+};
+
+// keyword(arguments [, "name" = value ...])
+struct BuiltinCallExpression : MultiValueExpression {
+  std::string keyword;  // as typed
+  const BuiltinRow* row = nullptr;
+  std::vector<ExpressionPtr> arguments;
+  struct NamedOption {
+    std::string name;
+    ExpressionPtr value;
+  };
+  std::vector<NamedOption> options;
+
+  TavixValue Evaluate(ExecContext& context) const override;
+  TavixOrderStructure Call(ExecContext& context) const override;
+};
+
+// The row of the built-in typed as `keyword`; null when no built-in has that name.
+const BuiltinRow* FindBuiltin(const std::string& keyword);

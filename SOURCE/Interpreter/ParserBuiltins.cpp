@@ -1,0 +1,43 @@
+// The rule of built-in function calls: a function keyword, its arguments and named options.
+#include "AstBuiltins.h"
+#include "TavixParser.h"
+
+bool TavixParser::StartsBuiltin() const {
+  return FindBuiltin(std::string(m_stream.Text(LT(1)))) != nullptr;
+}
+
+// builtin_function: keyword OPAREN expr (COMMA expr)* (COMMA STRING ASSIGN expr)* CPAREN
+// The keyword's row fixes how many positional arguments it takes and whether options may follow;
+// a call with a number of arguments the function does not take is a syntax error.
+std::unique_ptr<BuiltinCallExpression> TavixParser::builtin_function(bool execute) {
+  auto node = std::make_unique<BuiltinCallExpression>();
+  const Token& word = LT(1);
+  node->keyword = TextOf(word);
+  node->row = FindBuiltin(node->keyword);
+  if (!node->row) NoViableAlt();
+  m_stream.Consume();
+  node->first = word.index;
+  match(tok::OPAREN, ExpressionStarters());
+  m_bracketContext.push_back(false);
+  const BuiltinRow& row = *node->row;
+  const int most = row.MaxArguments();
+  while (static_cast<int>(node->arguments.size()) < most) {
+    node->arguments.push_back(expr(execute));
+    const int count = static_cast<int>(node->arguments.size());
+    const bool optionNext = LA(1) == tok::COMMA && LA(2) == tok::STRING && LA(3) == tok::ASSIGN;
+    const bool ends = LA(1) != tok::COMMA || (row.namedOptions && optionNext);
+    if (count == most || (row.Accepts(count) && ends)) break;
+    // A count the function does not take: the next argument is required.
+    match(tok::COMMA, ExpressionStarters());
+  }
+  while (row.namedOptions && LA(1) == tok::COMMA) {
+    m_stream.Consume();
+    const Token& name = match(tok::STRING, {tok::ASSIGN});
+    match(tok::ASSIGN, ExpressionStarters());
+    std::string text = TextOf(name);
+    node->options.push_back({text.substr(1, text.size() - 2), expr(execute)});
+  }
+  m_bracketContext.pop_back();
+  node->last = match(tok::CPAREN).index;
+  return node;
+}

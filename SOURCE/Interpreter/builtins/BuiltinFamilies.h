@@ -1,0 +1,15 @@
+// The rows of each family of built-in functions; the table joins them.
+#pragma once
+
+#include <span>
+
+#include "BuiltinCall.h"
+
+std::span<const BuiltinRow> ShapeBuiltins();
+std::span<const BuiltinRow> LinearAlgebraBuiltins();
+std::span<const BuiltinRow> ElementBuiltins();
+std::span<const BuiltinRow> SortBuiltins();
+std::span<const BuiltinRow> StatisticsBuiltins();
+std::span<const BuiltinRow> RandomBuiltins();
+std::span<const BuiltinRow> MultivariateRandomBuiltins();
+std::span<const BuiltinRow> DistributionBuiltins();
