@@ -32,6 +32,9 @@ struct Expression : Node {
   // no allocation; false otherwise, having raised nothing and changed nothing (the caller then
   // uses Evaluate, which reports any error). Only nodes without side effects implement it.
   virtual bool EvaluateScalar(ExecContext&, double&) const { return false; }
+  // The matrix the expression names, without copying and without raising anything; null when
+  // it is not a plain name of a matrix.
+  virtual const Eigen::MatrixXd* PeekMatrix(ExecContext&) const { return nullptr; }
 };
 
 using StatementPtr = std::unique_ptr<Statement>;

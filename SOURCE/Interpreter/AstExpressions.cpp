@@ -60,6 +60,11 @@ bool NameExpression::EvaluateScalar(ExecContext& context, double& out) const {
   return true;
 }
 
+const Eigen::MatrixXd* NameExpression::PeekMatrix(ExecContext& context) const {
+  const auto* entry = CachedMatrix(context.workspace());
+  return entry ? entry->get() : nullptr;
+}
+
 TavixValue NameExpression::Evaluate(ExecContext& context) const {
   if (const auto* entry = CachedMatrix(context.workspace())) return TavixValue::FromMatrix(*entry);
   const std::string& name = path.front();

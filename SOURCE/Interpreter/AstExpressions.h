@@ -30,6 +30,7 @@ struct NameExpression : Expression {
   std::vector<std::string> path;
   TavixValue Evaluate(ExecContext& context) const override;
   bool EvaluateScalar(ExecContext& context, double& out) const override;
+  const Eigen::MatrixXd* PeekMatrix(ExecContext& context) const override;
 
 private:
   // The matrix a plain name holds, or null.

@@ -3,6 +3,7 @@
 
 #include "AstExpressions.h"
 #include "Dataset.h"
+#include "ElementwiseFusion.h"
 #include "ExecContext.h"
 #include "MatrixArithmetic.h"
 #include "Messages.h"
@@ -74,6 +75,7 @@ bool BinaryExpression::EvaluateInto(ExecContext& context, Eigen::MatrixXd& out) 
     out(0, 0) = scalar;
     return true;
   }
+  if (EvaluateFused(context, *this, out)) return true;
   const TavixValue l = left->Evaluate(context);
   const TavixValue r = right->Evaluate(context);
   const bool power = op == BinaryOperator::Power || op == BinaryOperator::ElementPower;

@@ -1,0 +1,153 @@
+#include "ElementwiseFusion.h"
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include "AstExpressions.h"
+
+namespace {
+
+// Below this many elements one temporary per operator costs little.
+constexpr Eigen::Index kMinimumElements = 4096;
+// Elements per block: the temporaries of a block stay in the first-level cache.
+constexpr Eigen::Index kBlock = 256;
+
+enum class Op { LoadMatrix, LoadScalar, Negate, Add, Subtract, Multiply, Divide };
+
+// One step of the postfix program: loads push a block (or a scalar), operators pop two (one for
+// Negate) and push their result.
+struct Step {
+  Op op;
+  const double* data = nullptr;  // LoadMatrix
+  double scalar = 0.0;           // LoadScalar
+};
+
+struct Plan {
+  std::vector<Step> steps;
+  Eigen::Index rows = -1;  // the common size of the matrix operands
+  Eigen::Index cols = -1;
+  int depth = 0;           // the deepest stack the program reaches
+};
+
+// The shape a subtree yields: a 1 by 1 value or a matrix of the common size.
+enum class Shape { Scalar, Matrix, Unfusable };
+
+Shape Compile(ExecContext& context, const Expression& node, Plan& plan, int depth) {
+  plan.depth = std::max(plan.depth, depth + 1);
+  double scalar = 0.0;
+  if (node.EvaluateScalar(context, scalar)) {
+    plan.steps.push_back({Op::LoadScalar, nullptr, scalar});
+    return Shape::Scalar;
+  }
+  if (const Eigen::MatrixXd* m = node.PeekMatrix(context)) {
+    if (m->size() < kMinimumElements) return Shape::Unfusable;
+    if (plan.rows >= 0 && (m->rows() != plan.rows || m->cols() != plan.cols)) return Shape::Unfusable;
+    plan.rows = m->rows();
+    plan.cols = m->cols();
+    plan.steps.push_back({Op::LoadMatrix, m->data(), 0.0});
+    return Shape::Matrix;
+  }
+  if (const auto* unary = dynamic_cast<const UnaryExpression*>(&node)) {
+    const Shape inner = Compile(context, *unary->operand, plan, depth);
+    if (inner == Shape::Unfusable) return inner;
+    if (unary->negate) plan.steps.push_back({Op::Negate});
+    return inner;
+  }
+  const auto* binary = dynamic_cast<const BinaryExpression*>(&node);
+  if (!binary) return Shape::Unfusable;
+  Op op = Op::Add;
+  switch (binary->op) {
+    case BinaryOperator::Add: op = Op::Add; break;
+    case BinaryOperator::Subtract: op = Op::Subtract; break;
+    case BinaryOperator::Multiply:
+    case BinaryOperator::ElementMultiply: op = Op::Multiply; break;
+    case BinaryOperator::Divide:
+    case BinaryOperator::ElementDivide: op = Op::Divide; break;
+    default: return Shape::Unfusable;
+  }
+  const Shape left = Compile(context, *binary->left, plan, depth);
+  if (left == Shape::Unfusable) return left;
+  const Shape right = Compile(context, *binary->right, plan, depth + 1);
+  if (right == Shape::Unfusable) return right;
+  // A matrix product of two matrices, or a division by a matrix, is not element-wise.
+  if (binary->op == BinaryOperator::Multiply && left == Shape::Matrix && right == Shape::Matrix) {
+    return Shape::Unfusable;
+  }
+  if (binary->op == BinaryOperator::Divide && right == Shape::Matrix) return Shape::Unfusable;
+  plan.steps.push_back({op});
+  return left == Shape::Scalar && right == Shape::Scalar ? Shape::Scalar : Shape::Matrix;
+}
+
+// A value on the stack while a block runs: a block of `count` elements or a scalar.
+struct Slot {
+  const double* data;
+  double scalar;
+  bool isScalar;
+};
+
+template <typename F>
+void Apply(const Slot& a, const Slot& b, double* out, Eigen::Index count, F f) {
+  if (a.isScalar) {
+    for (Eigen::Index i = 0; i < count; ++i) out[i] = f(a.scalar, b.data[i]);
+  } else if (b.isScalar) {
+    for (Eigen::Index i = 0; i < count; ++i) out[i] = f(a.data[i], b.scalar);
+  } else {
+    for (Eigen::Index i = 0; i < count; ++i) out[i] = f(a.data[i], b.data[i]);
+  }
+}
+
+void RunBlock(const Plan& plan, Eigen::Index offset, Eigen::Index count,
+              std::vector<std::array<double, kBlock>>& buffers, std::vector<Slot>& stack,
+              double* out) {
+  stack.clear();
+  for (const Step& step : plan.steps) {
+    const std::size_t level = stack.size();
+    switch (step.op) {
+      case Op::LoadMatrix: stack.push_back({step.data + offset, 0.0, false}); break;
+      case Op::LoadScalar: stack.push_back({nullptr, step.scalar, true}); break;
+      case Op::Negate: {
+        Slot& top = stack.back();
+        double* target = buffers[level - 1].data();
+        for (Eigen::Index i = 0; i < count; ++i) target[i] = -top.data[i];
+        top = {target, 0.0, false};
+        break;
+      }
+      default: {
+        const Slot b = stack.back();
+        stack.pop_back();
+        const Slot a = stack.back();
+        double* target = buffers[level - 2].data();
+        switch (step.op) {
+          case Op::Add: Apply(a, b, target, count, [](double x, double y) { return x + y; }); break;
+          case Op::Subtract: Apply(a, b, target, count, [](double x, double y) { return x - y; }); break;
+          case Op::Multiply: Apply(a, b, target, count, [](double x, double y) { return x * y; }); break;
+          default: Apply(a, b, target, count, [](double x, double y) { return x / y; }); break;
+        }
+        stack.back() = {target, 0.0, false};
+        break;
+      }
+    }
+  }
+  std::copy(stack.back().data, stack.back().data + count, out + offset);
+}
+
+}  // namespace
+
+bool EvaluateFused(ExecContext& context, const Expression& expression, Eigen::MatrixXd& out) {
+  Plan plan;
+  if (Compile(context, expression, plan, 0) != Shape::Matrix) return false;
+  // A negated scalar with no operator is a scalar; a bare name is a copy: both stay unfused.
+  if (plan.steps.size() < 2) return false;
+  // Matrix operands have the result's size, so an `out` that is one of them keeps its storage,
+  // and each block is read in full before its results are written.
+  out.resize(plan.rows, plan.cols);
+  std::vector<std::array<double, kBlock>> buffers(static_cast<std::size_t>(plan.depth) + 1);
+  std::vector<Slot> stack;
+  stack.reserve(buffers.size());
+  const Eigen::Index total = out.size();
+  for (Eigen::Index offset = 0; offset < total; offset += kBlock) {
+    RunBlock(plan, offset, std::min(kBlock, total - offset), buffers, stack, out.data());
+  }
+  return true;
+}
