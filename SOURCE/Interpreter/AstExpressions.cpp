@@ -9,7 +9,20 @@
 
 TavixValue NumberLiteral::Evaluate(ExecContext&) const { return TavixValue::FromScalar(value); }
 
-TavixValue StringLiteral::Evaluate(ExecContext&) const { return TavixValue::FromString(text); }
+TavixValue StringLiteral::Evaluate(ExecContext& context) const {
+  // "$TavixHOME" stands for the installation directory, wherever it occurs.
+  static const std::string kHome = "$TavixHOME";
+  if (text.find(kHome) == std::string::npos) return TavixValue::FromString(text);
+  std::string replaced;
+  std::size_t from = 0;
+  for (std::size_t at = text.find(kHome); at != std::string::npos; at = text.find(kHome, from)) {
+    replaced.append(text, from, at - from);
+    replaced += context.session().installDir;
+    from = at + kHome.size();
+  }
+  replaced.append(text, from);
+  return TavixValue::FromString(std::move(replaced));
+}
 
 namespace {
 

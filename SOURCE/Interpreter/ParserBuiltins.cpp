@@ -6,7 +6,8 @@ bool TavixParser::StartsBuiltin() const {
   return FindBuiltin(std::string(m_stream.Text(LT(1)))) != nullptr;
 }
 
-// builtin_function: keyword OPAREN expr (COMMA expr)* (COMMA STRING ASSIGN expr)* CPAREN
+// builtin_function: keyword OPAREN expr (COMMA expr)* (COLON expr)? (COMMA STRING ASSIGN expr)*
+//                   CPAREN
 // The keyword's row fixes how many positional arguments it takes and whether options may follow;
 // a call with a number of arguments the function does not take is a syntax error.
 std::unique_ptr<BuiltinCallExpression> TavixParser::builtin_function(bool execute) {
@@ -24,6 +25,10 @@ std::unique_ptr<BuiltinCallExpression> TavixParser::builtin_function(bool execut
   while (static_cast<int>(node->arguments.size()) < most) {
     node->arguments.push_back(expr(execute));
     const int count = static_cast<int>(node->arguments.size());
+    if (row.rangeLast && count == most) {
+      match(tok::COLON, ExpressionStarters());
+      node->arguments.push_back(expr(execute));
+    }
     const bool optionNext = LA(1) == tok::COMMA && LA(2) == tok::STRING && LA(3) == tok::ASSIGN;
     const bool ends = LA(1) != tok::COMMA || (row.namedOptions && optionNext);
     if (count == most || (row.Accepts(count) && ends)) break;

@@ -54,6 +54,7 @@ const Row kStatementRows[] = {
     {tok::GETWD, {&TavixParser::control_statement, false}},
     {tok::WHO, {&TavixParser::control_statement, false}},
     {tok::SEED, {&TavixParser::control_statement, false}},
+    {tok::STRREPLACE, {&TavixParser::strreplace_statement, false}},
     {tok::MAXFIGURES, {&TavixParser::control_statement, false}},
     {tok::SETWD, {&TavixParser::control_statement, false}},
 };

@@ -76,6 +76,7 @@ public:
   // assign_statement, single_assign and print_statement.
   StatementPtr assign_statement(bool execute);
   StatementPtr single_assign(bool execute);
+  StatementPtr strreplace_statement(bool execute);
   void target_range(AssignStatement& node, bool execute, const TokenSet& next);
   StatementPtr print_statement(bool execute);
 

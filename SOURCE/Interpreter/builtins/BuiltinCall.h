@@ -79,6 +79,8 @@ struct BuiltinRow {
   bool namedOptions;  // accepts "name" = value after the positional arguments
   BuiltinFunction function;
   MultiBuiltinFunction multiFunction = nullptr;  // set instead of `function` for several outputs
+  // The last positional argument is a range `a:b`, passed to the function as two arguments.
+  bool rangeLast = false;
 
   bool Accepts(int count) const { return count < 32 && ((counts >> count) & 1u) != 0; }
   int MaxArguments() const {

@@ -13,3 +13,8 @@ std::span<const BuiltinRow> StatisticsBuiltins();
 std::span<const BuiltinRow> RandomBuiltins();
 std::span<const BuiltinRow> MultivariateRandomBuiltins();
 std::span<const BuiltinRow> DistributionBuiltins();
+std::span<const BuiltinRow> StringBuiltins();
+
+// Checks the range a:b held by arguments `at` and `at + 1` against a string of `length`
+// characters; returns a (1-based).
+std::size_t CheckedStringRange(const BuiltinCall& call, std::size_t at, std::size_t length);
