@@ -14,6 +14,13 @@ struct MultiValueExpression : Expression {
   virtual TavixOrderStructure Call(ExecContext& context) const = 0;
 };
 
+// A list of names in braces, {a, b, "c"}, as some built-ins take it (variable names).
+struct NameListExpression : Expression {
+  std::vector<std::string> names;
+  // A list is not a value: the built-in that takes it reads `names`.
+  TavixValue Evaluate(ExecContext&) const override { return {}; }
+};
+
 // keyword(arguments [, "name" = value ...])
 struct BuiltinCallExpression : MultiValueExpression {
   std::string keyword;  // as typed

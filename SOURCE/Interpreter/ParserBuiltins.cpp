@@ -6,7 +6,24 @@ bool TavixParser::StartsBuiltin() const {
   return FindBuiltin(std::string(m_stream.Text(LT(1)))) != nullptr;
 }
 
-// builtin_function: keyword OPAREN expr (COMMA expr)* (COLON expr)? (COMMA STRING ASSIGN expr)*
+// name_list: OCBRCKT (ID | STRING) (COMMA (ID | STRING))* CCBRCKT
+ExpressionPtr TavixParser::name_list() {
+  auto node = std::make_unique<NameListExpression>();
+  node->first = match(tok::OCBRCKT).index;
+  do {
+    if (!node->names.empty()) match(tok::COMMA, {tok::ID, tok::STRING});
+    if (LA(1) == tok::STRING) {
+      const std::string text = TextOf(match(tok::STRING));
+      node->names.push_back(text.substr(1, text.size() - 2));
+    } else {
+      node->names.push_back(TextOf(match(tok::ID, {tok::COMMA, tok::CCBRCKT})));
+    }
+  } while (LA(1) == tok::COMMA);
+  node->last = match(tok::CCBRCKT).index;
+  return node;
+}
+
+// builtin_function: keyword OPAREN (expr | name_list) (COMMA (expr | name_list))* (COLON expr)? (COMMA STRING ASSIGN expr)*
 //                   CPAREN
 // The keyword's row fixes how many positional arguments it takes and whether options may follow;
 // a call with a number of arguments the function does not take is a syntax error.
@@ -23,7 +40,7 @@ std::unique_ptr<BuiltinCallExpression> TavixParser::builtin_function(bool execut
   const BuiltinRow& row = *node->row;
   const int most = row.MaxArguments();
   while (static_cast<int>(node->arguments.size()) < most) {
-    node->arguments.push_back(expr(execute));
+    node->arguments.push_back(LA(1) == tok::OCBRCKT ? name_list() : expr(execute));
     const int count = static_cast<int>(node->arguments.size());
     if (row.rangeLast && count == most) {
       match(tok::COLON, ExpressionStarters());

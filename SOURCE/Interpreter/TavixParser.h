@@ -101,6 +101,7 @@ public:
   StatementPtr function_call(bool execute);
   std::unique_ptr<FunctionCallExpression> function_call_value(bool execute);
   std::unique_ptr<BuiltinCallExpression> builtin_function(bool execute);
+  ExpressionPtr name_list();
   // Whether the next token is the keyword of a built-in function.
   bool StartsBuiltin() const;
   StatementPtr multi_assign(bool execute);

@@ -2,7 +2,9 @@
 #include "Dataset.h"
 
 #include <cmath>
+#include <limits>
 #include <stdexcept>
+#include <unordered_map>
 
 Dataset::Dataset(std::vector<std::string> names, const Eigen::MatrixXd& data)
     : m_names(std::move(names)), m_data(data), m_labels(m_names.size()) {
@@ -30,16 +32,25 @@ bool Dataset::AddVariable(const std::string& name, const Eigen::VectorXd& values
 }
 
 bool Dataset::AddStringVariable(const std::string& name, const std::vector<std::string>& values) {
+  if (!AddVariable(name, Eigen::VectorXd::Zero(static_cast<Eigen::Index>(values.size())))) return false;
+  return SetStringVariable(name, values);
+}
+
+bool Dataset::SetStringVariable(const std::string& name, const std::vector<std::string>& values) {
+  const int at = Find(name);
+  if (at < 0 || static_cast<Eigen::Index>(values.size()) != m_data.rows()) return false;
   std::vector<std::string> labels;
-  Eigen::VectorXd codes(static_cast<Eigen::Index>(values.size()));
+  std::unordered_map<std::string, double> codes;
   for (std::size_t row = 0; row < values.size(); ++row) {
-    std::size_t code = 0;
-    while (code < labels.size() && labels[code] != values[row]) ++code;
-    if (code == labels.size()) labels.push_back(values[row]);
-    codes(static_cast<Eigen::Index>(row)) = static_cast<double>(code + 1);
+    double code = std::numeric_limits<double>::quiet_NaN();
+    if (!values[row].empty()) {
+      const auto [entry, added] = codes.emplace(values[row], static_cast<double>(labels.size() + 1));
+      if (added) labels.push_back(values[row]);
+      code = entry->second;
+    }
+    m_data(static_cast<Eigen::Index>(row), at) = code;
   }
-  if (!AddVariable(name, codes)) return false;
-  m_labels.back() = std::move(labels);
+  m_labels[static_cast<std::size_t>(at)] = std::move(labels);
   return true;
 }
 

@@ -18,8 +18,12 @@ public:
   // Adds a numeric variable; false when the name exists or the length differs (an empty dataset
   // takes the length of its first variable).
   bool AddVariable(const std::string& name, const Eigen::VectorXd& values);
-  // Adds a string variable from its texts, coded in order of first appearance.
+  // Adds a string variable from its texts, coded 1, 2, ... in order of first appearance; an empty
+  // text is a missing value (NaN).
   bool AddStringVariable(const std::string& name, const std::vector<std::string>& values);
+  // Turns an existing variable into a string variable holding `values` (one per observation),
+  // coded as AddStringVariable does.
+  bool SetStringVariable(const std::string& name, const std::vector<std::string>& values);
   // Replaces a variable's values by numbers; a string variable becomes numeric.
   bool ReplaceVariable(const std::string& name, const Eigen::VectorXd& values);
   // Makes a string variable numeric, keeping its codes.

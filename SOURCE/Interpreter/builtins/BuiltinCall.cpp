@@ -28,6 +28,13 @@ std::string BuiltinCall::Text(std::size_t i) const {
 
 void BuiltinCall::Fail(const std::string& message) const { m_context.Fail(m_node, message); }
 
+void BuiltinCall::Warn(const std::string& message) const { m_context.Warn(m_node, message); }
+
+const std::vector<std::string>* BuiltinCall::NameList(std::size_t i) const {
+  const auto* list = dynamic_cast<const NameListExpression*>(m_node.arguments[i].get());
+  return list ? &list->names : nullptr;
+}
+
 std::shared_ptr<const Eigen::MatrixXd> BuiltinCall::Numeric(std::size_t i,
                                                             const std::string& refusal,
                                                             const std::string& datasetMessage) const {

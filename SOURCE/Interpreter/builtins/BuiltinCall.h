@@ -34,8 +34,13 @@ public:
   };
   const std::vector<Option>& Options() const { return m_options; }
 
+  // The names of argument i when it is a list in braces; null otherwise.
+  const std::vector<std::string>* NameList(std::size_t i) const;
+
   // Stops the statement with `message`.
   [[noreturn]] void Fail(const std::string& message) const;
+  // Prints a warning about the statement; the run goes on.
+  void Warn(const std::string& message) const;
 
   // Argument i as a numeric matrix: a matrix as it is, a dataset's data. Strings, structures and
   // models fail with `refusal` followed by the kind's plural word ("strings."); a dataset with

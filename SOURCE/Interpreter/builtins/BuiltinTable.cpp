@@ -11,7 +11,7 @@ std::unordered_map<std::string_view, const BuiltinRow*> BuildTable() {
   std::unordered_map<std::string_view, const BuiltinRow*> table;
   for (auto family : {ShapeBuiltins, LinearAlgebraBuiltins, ElementBuiltins, SortBuiltins,
                       StatisticsBuiltins, RandomBuiltins, MultivariateRandomBuiltins,
-                      DistributionBuiltins, StringBuiltins}) {
+                      DistributionBuiltins, StringBuiltins, DatasetBuiltins}) {
     for (const BuiltinRow& row : family()) table.emplace(row.name, &row);
   }
   return table;

@@ -1,0 +1,207 @@
+#include "DelimitedText.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <set>
+#include <unordered_map>
+
+#include "Dataset.h"
+
+namespace {
+
+// Walks the fields of the text, one line at a time.
+class FieldReader {
+public:
+  FieldReader(std::string_view text, char delimiter) : m_text(text), m_delimiter(delimiter) {}
+
+  bool AtEnd() const { return m_pos >= m_text.size(); }
+  long Line() const { return m_line; }
+
+  // Reads the next field into `field` (a view into the text, or into `scratch` for a quoted field
+  // with doubled quotes); returns true when the field ended its line.
+  bool Next(std::string_view& field, std::string& scratch) {
+    if (m_pos < m_text.size() && m_text[m_pos] == '"') {
+      ++m_pos;
+      const std::size_t start = m_pos;
+      bool doubled = false;
+      while (m_pos < m_text.size()) {
+        if (m_text[m_pos] == '"') {
+          if (m_pos + 1 < m_text.size() && m_text[m_pos + 1] == '"') {
+            doubled = true;
+            m_pos += 2;
+            continue;
+          }
+          break;
+        }
+        if (m_text[m_pos] == '\n') ++m_line;
+        ++m_pos;
+      }
+      field = m_text.substr(start, m_pos - start);
+      if (doubled) {
+        scratch.clear();
+        for (std::size_t i = 0; i < field.size(); ++i) {
+          scratch += field[i];
+          if (field[i] == '"') ++i;
+        }
+        field = scratch;
+      }
+      if (m_pos < m_text.size()) ++m_pos;  // the closing quote
+      // Anything between the closing quote and the delimiter is dropped.
+      while (m_pos < m_text.size() && m_text[m_pos] != m_delimiter && m_text[m_pos] != '\n' &&
+             m_text[m_pos] != '\r') {
+        ++m_pos;
+      }
+    } else {
+      const std::size_t start = m_pos;
+      while (m_pos < m_text.size() && m_text[m_pos] != m_delimiter && m_text[m_pos] != '\n' &&
+             m_text[m_pos] != '\r') {
+        ++m_pos;
+      }
+      field = m_text.substr(start, m_pos - start);
+    }
+    if (m_pos < m_text.size() && m_text[m_pos] == m_delimiter) {
+      ++m_pos;
+      return false;
+    }
+    if (m_pos < m_text.size() && m_text[m_pos] == '\r') ++m_pos;
+    if (m_pos < m_text.size() && m_text[m_pos] == '\n') ++m_pos;
+    ++m_line;
+    return true;
+  }
+
+  // Skips lines that hold nothing (trailing line breaks).
+  void SkipEmptyLines() {
+    while (m_pos < m_text.size() && (m_text[m_pos] == '\n' || m_text[m_pos] == '\r')) {
+      if (m_text[m_pos] == '\n') ++m_line;
+      ++m_pos;
+    }
+  }
+
+  void Rewind(std::size_t pos, long line) {
+    m_pos = pos;
+    m_line = line;
+  }
+  std::size_t Position() const { return m_pos; }
+
+private:
+  std::string_view m_text;
+  char m_delimiter;
+  std::size_t m_pos = 0;
+  long m_line = 1;
+};
+
+std::string_view Trimmed(std::string_view s) {
+  while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) s.remove_prefix(1);
+  while (!s.empty() && (s.back() == ' ' || s.back() == '\t')) s.remove_suffix(1);
+  return s;
+}
+
+bool IsMissing(std::string_view cell) {
+  return cell.empty() || cell == "NA" || cell == "nan" || cell == "NaN" || cell == ".";
+}
+
+// The number a cell holds; false when it is not a number.
+bool ParseNumber(std::string_view cell, double& out) {
+  if (!cell.empty() && cell.front() == '+') cell.remove_prefix(1);
+  const char* end = cell.data() + cell.size();
+  const auto [stop, error] = std::from_chars(cell.data(), end, out);
+  if (error == std::errc::result_out_of_range) {
+    out = (!cell.empty() && cell.front() == '-') ? -std::numeric_limits<double>::infinity()
+                                                 : std::numeric_limits<double>::infinity();
+    return stop == end;
+  }
+  return error == std::errc() && stop == end;
+}
+
+}  // namespace
+
+std::string ToIdentifier(const std::string& name, std::size_t column) {
+  std::string id;
+  for (unsigned char c : name) id += (std::isalnum(c) || c == '_') ? static_cast<char>(c) : '_';
+  if (id.empty()) return "_V" + std::to_string(column + 1);
+  if (std::isdigit(static_cast<unsigned char>(id.front()))) id.insert(id.begin(), '_');
+  return id;
+}
+
+DelimitedImport ReadDelimited(std::string_view text, char delimiter) {
+  DelimitedImport result;
+  if (text.substr(0, 3) == "\xEF\xBB\xBF") text.remove_prefix(3);
+  FieldReader reader(text, delimiter);
+  std::string scratch;
+  std::string_view field;
+
+  // The header: names made into distinct identifiers.
+  std::vector<std::string> names;
+  std::set<std::string> taken;
+  reader.SkipEmptyLines();
+  if (reader.AtEnd()) {
+    result.dataset = std::make_shared<Dataset>();
+    return result;
+  }
+  for (bool lineEnd = false; !lineEnd;) {
+    lineEnd = reader.Next(field, scratch);
+    const std::string original(Trimmed(field));
+    std::string name = ToIdentifier(original, names.size());
+    for (int k = 2; taken.count(name) > 0; ++k) name = ToIdentifier(original, names.size()) + "_" + std::to_string(k);
+    if (name != original) result.renamed.emplace_back(original, name);
+    taken.insert(name);
+    names.push_back(std::move(name));
+  }
+  const std::size_t columns = names.size();
+  const std::size_t dataStart = reader.Position();
+  const long dataLine = reader.Line();
+
+  // First pass: numbers, and which columns hold text.
+  std::vector<std::vector<double>> numbers(columns);
+  std::vector<bool> isString(columns, false);
+  std::size_t rows = 0;
+  for (reader.SkipEmptyLines(); !reader.AtEnd(); reader.SkipEmptyLines()) {
+    const long line = reader.Line();
+    std::size_t column = 0;
+    for (bool lineEnd = false; !lineEnd; ++column) {
+      lineEnd = reader.Next(field, scratch);
+      if (column >= columns) continue;
+      const std::string_view cell = Trimmed(field);
+      double value = std::numeric_limits<double>::quiet_NaN();
+      if (!IsMissing(cell) && !ParseNumber(cell, value)) isString[column] = true;
+      numbers[column].push_back(value);
+    }
+    if (column != columns) {
+      result.error = "line " + std::to_string(line) + " has " + std::to_string(column) +
+                     " fields where the header has " + std::to_string(columns) + ".";
+      return result;
+    }
+    ++rows;
+  }
+
+  // Second pass, only when some column holds text: the texts of those columns.
+  std::vector<std::vector<std::string>> texts(columns);
+  if (std::find(isString.begin(), isString.end(), true) != isString.end()) {
+    reader.Rewind(dataStart, dataLine);
+    for (reader.SkipEmptyLines(); !reader.AtEnd(); reader.SkipEmptyLines()) {
+      std::size_t column = 0;
+      for (bool lineEnd = false; !lineEnd; ++column) {
+        lineEnd = reader.Next(field, scratch);
+        if (!isString[column]) continue;
+        const std::string_view cell = Trimmed(field);
+        texts[column].emplace_back(IsMissing(cell) ? std::string_view() : cell);
+      }
+    }
+  }
+
+  Eigen::MatrixXd data(static_cast<Eigen::Index>(rows), static_cast<Eigen::Index>(columns));
+  for (std::size_t j = 0; j < columns; ++j) {
+    data.col(static_cast<Eigen::Index>(j)) =
+        Eigen::Map<const Eigen::VectorXd>(numbers[j].data(), static_cast<Eigen::Index>(rows));
+    std::vector<double>().swap(numbers[j]);  // free each column once copied
+  }
+  auto dataset = std::make_shared<Dataset>(names, data);
+  for (std::size_t j = 0; j < columns; ++j) {
+    if (isString[j]) dataset->SetStringVariable(names[j], texts[j]);
+  }
+  result.dataset = std::move(dataset);
+  return result;
+}
