@@ -36,5 +36,11 @@ struct BuiltinCallExpression : MultiValueExpression {
   TavixOrderStructure Call(ExecContext& context) const override;
 };
 
+// A built-in that acts (summary, sortd, ...) standing as a statement; its value is dropped.
+struct BuiltinStatement : Statement {
+  std::unique_ptr<BuiltinCallExpression> call;
+  void Execute(ExecContext& context) const override { call->Evaluate(context); }
+};
+
 // The row of the built-in typed as `keyword`; null when no built-in has that name.
 const BuiltinRow* FindBuiltin(const std::string& keyword);

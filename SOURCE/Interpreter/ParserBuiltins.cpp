@@ -23,6 +23,27 @@ ExpressionPtr TavixParser::name_list() {
   return node;
 }
 
+// option_value: BTRUEFALSE | expr (true and false stand for 1 and 0)
+ExpressionPtr TavixParser::option_value(bool execute) {
+  if (LA(1) != tok::BTRUEFALSE) return expr(execute);
+  const Token& word = match(tok::BTRUEFALSE);
+  auto node = std::make_unique<NumberLiteral>();
+  node->value = TextOf(word) == "true" ? 1.0 : 0.0;
+  node->first = node->last = word.index;
+  return node;
+}
+
+// builtin_statement: builtin_function SEMICOL, for the built-ins that act rather than yield
+StatementPtr TavixParser::builtin_statement(bool execute) {
+  auto node = std::make_unique<BuiltinStatement>();
+  node->call = builtin_function(execute);
+  node->first = node->call->first;
+  node->last = node->call->last;
+  match(tok::SEMICOL);
+  RunIfExecuting(*node, execute);
+  return node;
+}
+
 // builtin_function: keyword OPAREN (expr | name_list) (COMMA (expr | name_list))* (COLON expr)? (COMMA STRING ASSIGN expr)*
 //                   CPAREN
 // The keyword's row fixes how many positional arguments it takes and whether options may follow;
@@ -39,7 +60,9 @@ std::unique_ptr<BuiltinCallExpression> TavixParser::builtin_function(bool execut
   m_bracketContext.push_back(false);
   const BuiltinRow& row = *node->row;
   const int most = row.MaxArguments();
-  while (static_cast<int>(node->arguments.size()) < most) {
+  const bool optionFirst = LA(1) == tok::STRING && LA(2) == tok::ASSIGN;
+  const bool noArguments = row.Accepts(0) && (LA(1) == tok::CPAREN || (row.namedOptions && optionFirst));
+  while (!noArguments && static_cast<int>(node->arguments.size()) < most) {
     node->arguments.push_back(LA(1) == tok::OCBRCKT ? name_list() : expr(execute));
     const int count = static_cast<int>(node->arguments.size());
     if (row.rangeLast && count == most) {
@@ -52,12 +75,13 @@ std::unique_ptr<BuiltinCallExpression> TavixParser::builtin_function(bool execut
     // A count the function does not take: the next argument is required.
     match(tok::COMMA, ExpressionStarters());
   }
-  while (row.namedOptions && LA(1) == tok::COMMA) {
-    m_stream.Consume();
+  while (row.namedOptions && (LA(1) == tok::COMMA || (node->arguments.empty() && optionFirst &&
+                                                      node->options.empty()))) {
+    if (LA(1) == tok::COMMA) m_stream.Consume();
     const Token& name = match(tok::STRING, {tok::ASSIGN});
     match(tok::ASSIGN, ExpressionStarters());
     std::string text = TextOf(name);
-    node->options.push_back({text.substr(1, text.size() - 2), expr(execute)});
+    node->options.push_back({text.substr(1, text.size() - 2), option_value(execute)});
   }
   m_bracketContext.pop_back();
   node->last = match(tok::CPAREN).index;

@@ -55,6 +55,7 @@ const Row kStatementRows[] = {
     {tok::WHO, {&TavixParser::control_statement, false}},
     {tok::SEED, {&TavixParser::control_statement, false}},
     {tok::STRREPLACE, {&TavixParser::strreplace_statement, false}},
+    {tok::SUMMARY, {&TavixParser::builtin_statement, false}},
     {tok::MAXFIGURES, {&TavixParser::control_statement, false}},
     {tok::SETWD, {&TavixParser::control_statement, false}},
 };

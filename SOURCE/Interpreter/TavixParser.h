@@ -102,6 +102,8 @@ public:
   std::unique_ptr<FunctionCallExpression> function_call_value(bool execute);
   std::unique_ptr<BuiltinCallExpression> builtin_function(bool execute);
   ExpressionPtr name_list();
+  ExpressionPtr option_value(bool execute);
+  StatementPtr builtin_statement(bool execute);
   // Whether the next token is the keyword of a built-in function.
   bool StartsBuiltin() const;
   StatementPtr multi_assign(bool execute);

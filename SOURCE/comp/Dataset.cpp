@@ -94,3 +94,9 @@ std::string Dataset::StringValue(const std::string& name, Eigen::Index row) cons
   const auto index = static_cast<std::size_t>(code) - 1;
   return index < labels.size() ? labels[index] : std::string();
 }
+
+Dataset Dataset::SelectRows(const std::vector<Eigen::Index>& rows) const {
+  Dataset selected = *this;
+  selected.m_data = m_data(rows, Eigen::all);
+  return selected;
+}

@@ -40,6 +40,9 @@ public:
   Eigen::MatrixXd GetData() const { return m_data; }
   const Eigen::MatrixXd& Data() const { return m_data; }
 
+  // A dataset of the given observations (0-based rows, in the order given), string texts kept.
+  Dataset SelectRows(const std::vector<Eigen::Index>& rows) const;
+
   Eigen::Index NumberOfObservations() const { return m_data.rows(); }
   Eigen::Index NumberOfVariables() const { return m_data.cols(); }
   const std::vector<std::string>& VariableNames() const { return m_names; }

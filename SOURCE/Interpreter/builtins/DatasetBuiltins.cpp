@@ -6,7 +6,9 @@
 
 #include "BuiltinFamilies.h"
 #include "Dataset.h"
+#include "DatasetSummary.h"
 #include "DelimitedText.h"
+#include "ExecContext.h"
 #include "ValueKind.h"
 
 namespace {
@@ -94,7 +96,63 @@ TavixValue DatasetFromMatrix(const BuiltinCall& call) {
   return TavixValue::FromDataset(std::make_shared<Dataset>(names, *m));
 }
 
+// The dataset a command works on: the "dataset" option, or the workspace's first dataset.
+std::shared_ptr<Dataset> TargetDataset(const BuiltinCall& call) {
+  for (const auto& option : call.Options()) {
+    if (option.name != "dataset") continue;
+    if (option.value.code != kind::DATASET) call.Fail("\"" + option.text + "\" is not a dataset.");
+    return option.value.dataset;
+  }
+  const auto& datasets = call.Context().workspace().datasets;
+  if (datasets.empty()) call.Fail("The current workspace does not contain any datasets.");
+  return datasets.begin()->second;
+}
+
+// summary([{variables}] [, "dataset" = d] [, "balance" = true/false]); prints the table.
+TavixValue Summary(const BuiltinCall& call) {
+  for (const auto& option : call.Options()) {
+    if (option.name != "dataset" && option.name != "balance") {
+      call.Fail("Unkown optional argument: \"" + option.name + "\"");
+    }
+  }
+  const auto dataset = TargetDataset(call);
+  std::vector<std::string> variables = dataset->VariableNames();
+  if (call.Count() == 1) {
+    const auto* list = call.NameList(0);
+    if (!list) call.Fail("The argument passed to \"summary\" must be a list of variable names.");
+    for (const auto& name : *list) {
+      if (!dataset->VariableExists(name)) {
+        call.Fail("The dataset does not have a variable named \"" + name + "\".");
+      }
+    }
+    variables = *list;
+  }
+  call.Context().dispatcher().Print(SummaryTable(*dataset, variables));
+  return {};
+}
+
+// dropmissing(X): X without the rows that hold a missing value.
+TavixValue DropMissing(const BuiltinCall& call) {
+  const int code = call.Value(0).code;
+  if (code != kind::MATRIX && code != kind::DATASET) {
+    call.Fail("Argument \"" + call.Text(0) + "\" passed to \"dropmissing\" must be a matrix or dataset.");
+  }
+  const Eigen::MatrixXd& data =
+      code == kind::MATRIX ? *call.Value(0).matrix : call.Value(0).dataset->Data();
+  std::vector<Eigen::Index> kept;
+  for (Eigen::Index i = 0; i < data.rows(); ++i) {
+    if (!data.row(i).hasNaN()) kept.push_back(i);
+  }
+  if (kept.empty()) call.Fail("No data are left after dropping rows with missing values.");
+  if (code == kind::DATASET) {
+    return TavixValue::FromDataset(std::make_shared<Dataset>(call.Value(0).dataset->SelectRows(kept)));
+  }
+  return TavixValue::FromMatrix(Eigen::MatrixXd(data(kept, Eigen::all)));
+}
+
 const BuiltinRow kRows[] = {
+    {"summary", ArgCounts(0, 1), true, Summary},
+    {"dropmissing", ArgCounts(1), false, DropMissing},
     {"import", ArgCounts(2), false, Import},
     {"dataset", ArgCounts(1, 2), false, DatasetFromMatrix},
 };
