@@ -56,6 +56,8 @@ const Row kStatementRows[] = {
     {tok::SEED, {&TavixParser::control_statement, false}},
     {tok::STRREPLACE, {&TavixParser::strreplace_statement, false}},
     {tok::SUMMARY, {&TavixParser::builtin_statement, false}},
+    {tok::SORTDATA, {&TavixParser::builtin_statement, false}},
+    {tok::KEEPDROPIF, {&TavixParser::keepdrop_statement, false}},
     {tok::MAXFIGURES, {&TavixParser::control_statement, false}},
     {tok::SETWD, {&TavixParser::control_statement, false}},
 };

@@ -77,6 +77,7 @@ public:
   StatementPtr assign_statement(bool execute);
   StatementPtr single_assign(bool execute);
   StatementPtr strreplace_statement(bool execute);
+  StatementPtr keepdrop_statement(bool execute);
   void target_range(AssignStatement& node, bool execute, const TokenSet& next);
   StatementPtr print_statement(bool execute);
 

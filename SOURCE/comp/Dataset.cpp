@@ -1,7 +1,9 @@
 // Dataset: variables, string codes and data.
 #include "Dataset.h"
 
+#include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <limits>
 #include <stdexcept>
 #include <unordered_map>
@@ -99,4 +101,31 @@ Dataset Dataset::SelectRows(const std::vector<Eigen::Index>& rows) const {
   Dataset selected = *this;
   selected.m_data = m_data(rows, Eigen::all);
   return selected;
+}
+
+void Dataset::SortData(const std::vector<std::string>& keys) {
+  std::vector<Eigen::Index> order(static_cast<std::size_t>(m_data.rows()));
+  std::iota(order.begin(), order.end(), Eigen::Index{0});
+  std::vector<int> columns;
+  for (const auto& key : keys) columns.push_back(Find(key));
+  // -1, 0 or 1 for rows a and b on one key; missing values last.
+  auto compare = [&](int column, Eigen::Index a, Eigen::Index b) {
+    const double x = m_data(a, column);
+    const double y = m_data(b, column);
+    if (std::isnan(x) || std::isnan(y)) return std::isnan(x) == std::isnan(y) ? 0 : (std::isnan(x) ? 1 : -1);
+    const auto& labels = m_labels[static_cast<std::size_t>(column)];
+    if (!labels.empty()) {
+      const int c = labels[static_cast<std::size_t>(x) - 1].compare(labels[static_cast<std::size_t>(y) - 1]);
+      return c < 0 ? -1 : (c > 0 ? 1 : 0);
+    }
+    return x < y ? -1 : (x > y ? 1 : 0);
+  };
+  std::stable_sort(order.begin(), order.end(), [&](Eigen::Index a, Eigen::Index b) {
+    for (int column : columns) {
+      const int c = compare(column, a, b);
+      if (c != 0) return c < 0;
+    }
+    return false;
+  });
+  m_data = Eigen::MatrixXd(m_data(order, Eigen::all));
 }

@@ -40,6 +40,10 @@ public:
   Eigen::MatrixXd GetData() const { return m_data; }
   const Eigen::MatrixXd& Data() const { return m_data; }
 
+  // Reorders the observations by the key variables, the first key first: a stable sort, numbers
+  // ascending, string variables by their texts, missing values last. Every key must exist.
+  void SortData(const std::vector<std::string>& keys);
+
   // A dataset of the given observations (0-based rows, in the order given), string texts kept.
   Dataset SelectRows(const std::vector<Eigen::Index>& rows) const;
 

@@ -108,6 +108,36 @@ std::shared_ptr<Dataset> TargetDataset(const BuiltinCall& call) {
   return datasets.begin()->second;
 }
 
+// sortd({key1, key2, ...} [, "dataset" = d]); sorts the observations of the dataset in place.
+TavixValue SortData(const BuiltinCall& call) {
+  std::string given;
+  for (const auto& option : call.Options()) {
+    if (option.name != "dataset") {
+      call.Fail("The \"sortd\" function takes only datasets as optional arguments.");
+    }
+    if (option.value.code != kind::DATASET) call.Fail("\"" + option.text + "\" is not a dataset.");
+    given = option.text;
+  }
+  auto& datasets = call.Context().workspace().datasets;
+  if (given.empty()) {
+    if (datasets.empty()) call.Fail("The current workspace does not contain any datasets.");
+    given = datasets.begin()->first;
+  }
+  const auto found = datasets.find(given);
+  if (found == datasets.end()) call.Fail("\"" + given + "\" is not a dataset.");
+  const auto* keys = call.NameList(0);
+  if (!keys) call.Fail("The argument passed to \"sortd\" must be a list of variable names.");
+  for (const auto& key : *keys) {
+    if (!found->second->VariableExists(key)) {
+      call.Fail("Dataset \"" + given + "\" does not have a variable named \"" + key + "\".");
+    }
+  }
+  auto sorted = std::make_shared<Dataset>(*found->second);
+  sorted->SortData(*keys);
+  found->second = sorted;
+  return {};
+}
+
 // summary([{variables}] [, "dataset" = d] [, "balance" = true/false]); prints the table.
 TavixValue Summary(const BuiltinCall& call) {
   for (const auto& option : call.Options()) {
@@ -152,6 +182,7 @@ TavixValue DropMissing(const BuiltinCall& call) {
 
 const BuiltinRow kRows[] = {
     {"summary", ArgCounts(0, 1), true, Summary},
+    {"sortd", ArgCounts(1), true, SortData},
     {"dropmissing", ArgCounts(1), false, DropMissing},
     {"import", ArgCounts(2), false, Import},
     {"dataset", ArgCounts(1, 2), false, DatasetFromMatrix},
