@@ -6,9 +6,15 @@ bool TavixParser::StartsBuiltin() const {
   return FindBuiltin(std::string(m_stream.Text(LT(1)))) != nullptr;
 }
 
-// name_list: OCBRCKT (ID | STRING) (COMMA (ID | STRING))* CCBRCKT
+// name_list: OCBRCKT (ID | STRING) (COMMA (ID | STRING))* CCBRCKT | ID
 ExpressionPtr TavixParser::name_list() {
   auto node = std::make_unique<NameListExpression>();
+  if (LA(1) == tok::ID) {
+    const Token& name = match(tok::ID);
+    node->names.push_back(TextOf(name));
+    node->first = node->last = name.index;
+    return node;
+  }
   node->first = match(tok::OCBRCKT).index;
   do {
     if (!node->names.empty()) match(tok::COMMA, {tok::ID, tok::STRING});
@@ -63,7 +69,8 @@ std::unique_ptr<BuiltinCallExpression> TavixParser::builtin_function(bool execut
   const bool optionFirst = LA(1) == tok::STRING && LA(2) == tok::ASSIGN;
   const bool noArguments = row.Accepts(0) && (LA(1) == tok::CPAREN || (row.namedOptions && optionFirst));
   while (!noArguments && static_cast<int>(node->arguments.size()) < most) {
-    node->arguments.push_back(LA(1) == tok::OCBRCKT ? name_list() : expr(execute));
+    const bool bareName = ((row.nameArguments >> node->arguments.size()) & 1u) != 0 && LA(1) == tok::ID;
+    node->arguments.push_back(LA(1) == tok::OCBRCKT || bareName ? name_list() : expr(execute));
     const int count = static_cast<int>(node->arguments.size());
     if (row.rangeLast && count == most) {
       match(tok::COLON, ExpressionStarters());

@@ -53,7 +53,8 @@ std::string DescribeValue(const TavixValue& value) {
       return std::to_string(value.matrix->rows()) + "x" + std::to_string(value.matrix->cols());
     case kind::DATASET:
       return Plural(value.dataset->NumberOfObservations(), "observation") + ", " +
-             Plural(value.dataset->NumberOfVariables(), "variable");
+             Plural(value.dataset->NumberOfVariables(), "variable") + ", " +
+             value.dataset->DescribeStructure();
     case kind::MODEL:
       return "model " + value.model->TypeName();
     case kind::STRUCTURE:

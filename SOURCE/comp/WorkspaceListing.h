@@ -8,8 +8,8 @@
 class Workspace;
 class TavixStructure;
 
-// A short description of a value: "3x2" for a matrix, "120 observations, 4 variables" for a
-// dataset, the family of a model, the number of members of a structure, the length of a string.
+// A short description of a value: "3x2" for a matrix, "120 observations, 4 variables,
+// cross-section" for a dataset (or its time series or panel structure), the family of a model, the number of members of a structure, the length of a string.
 std::string DescribeValue(const TavixValue& value);
 
 // The names of the workspace grouped by kind (matrices, datasets, models, structures, strings),

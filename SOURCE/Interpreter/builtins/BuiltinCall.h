@@ -86,6 +86,9 @@ struct BuiltinRow {
   MultiBuiltinFunction multiFunction = nullptr;  // set instead of `function` for several outputs
   // The last positional argument is a range `a:b`, passed to the function as two arguments.
   bool rangeLast = false;
+  // Bit i set: positional argument i is a bare name (a variable of a dataset), read as a one-name
+  // list rather than evaluated.
+  unsigned nameArguments = 0;
 
   bool Accepts(int count) const { return count < 32 && ((counts >> count) & 1u) != 0; }
   int MaxArguments() const {

@@ -11,7 +11,8 @@ std::unordered_map<std::string_view, const BuiltinRow*> BuildTable() {
   std::unordered_map<std::string_view, const BuiltinRow*> table;
   for (auto family : {ShapeBuiltins, LinearAlgebraBuiltins, ElementBuiltins, SortBuiltins,
                       StatisticsBuiltins, RandomBuiltins, MultivariateRandomBuiltins,
-                      DistributionBuiltins, StringBuiltins, DatasetBuiltins}) {
+                      DistributionBuiltins, StringBuiltins, DatasetBuiltins,
+                      DatasetStructureBuiltins}) {
     for (const BuiltinRow& row : family()) table.emplace(row.name, &row);
   }
   return table;
