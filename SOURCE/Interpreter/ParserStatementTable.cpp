@@ -61,6 +61,8 @@ const Row kStatementRows[] = {
     {tok::SETDATATYPE2, {&TavixParser::builtin_statement, false}},
     {tok::RENAME, {&TavixParser::builtin_statement, false}},
     {tok::KEEPDROPIF, {&TavixParser::keepdrop_statement, false}},
+    {tok::CLEAR, {&TavixParser::clear_statement, false}},
+    {tok::EXPORT, {&TavixParser::builtin_statement, false}},
     {tok::MAXFIGURES, {&TavixParser::control_statement, false}},
     {tok::SETWD, {&TavixParser::control_statement, false}},
 };

@@ -129,3 +129,18 @@ void Dataset::SortData(const std::vector<std::string>& keys) {
   });
   m_data = Eigen::MatrixXd(m_data(order, Eigen::all));
 }
+
+bool Dataset::DeleteVariable(const std::string& name) {
+  const int at = Find(name);
+  if (at < 0) return false;
+  const auto column = static_cast<std::size_t>(at);
+  std::vector<Eigen::Index> keep;
+  for (Eigen::Index j = 0; j < m_data.cols(); ++j) {
+    if (j != at) keep.push_back(j);
+  }
+  m_data = Eigen::MatrixXd(m_data(Eigen::all, keep));
+  m_names.erase(m_names.begin() + static_cast<std::ptrdiff_t>(column));
+  m_labels.erase(m_labels.begin() + static_cast<std::ptrdiff_t>(column));
+  if (m_structure.timeVariable == name || m_structure.groupVariable == name) m_structure = {};
+  return true;
+}

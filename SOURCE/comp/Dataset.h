@@ -42,6 +42,8 @@ public:
   void DisassociateStringVar(const std::string& name);
 
   bool VariableExists(const std::string& name) const { return Find(name) >= 0; }
+  // Removes a variable; false when there is none of that name.
+  bool DeleteVariable(const std::string& name);
   // Renames a variable (and the structure's reference to it); false when `from` does not exist
   // or `to` does.
   bool RenameVariable(const std::string& from, const std::string& to);

@@ -4,6 +4,7 @@
 #include <cctype>
 #include <charconv>
 #include <cmath>
+#include <cstdio>
 #include <limits>
 #include <set>
 #include <unordered_map>
@@ -204,4 +205,54 @@ DelimitedImport ReadDelimited(std::string_view text, char delimiter) {
   }
   result.dataset = std::move(dataset);
   return result;
+}
+
+namespace {
+
+std::string Cell(double x) {
+  if (std::isnan(x)) return {};
+  char text[32];
+  std::snprintf(text, sizeof text, "%.17g", x);
+  return text;
+}
+
+std::string Quoted(const std::string& text, char delimiter) {
+  if (text.find_first_of(std::string{delimiter, '"', '\n', '\r'}) == std::string::npos) return text;
+  std::string quoted = "\"";
+  for (char c : text) {
+    quoted += c;
+    if (c == '"') quoted += '"';
+  }
+  return quoted + "\"";
+}
+
+}  // namespace
+
+std::string WriteDelimited(const Dataset& dataset, char delimiter) {
+  std::string out;
+  const auto& names = dataset.VariableNames();
+  for (std::size_t j = 0; j < names.size(); ++j) out += (j ? std::string(1, delimiter) : "") + names[j];
+  out += "\n";
+  for (Eigen::Index i = 0; i < dataset.NumberOfObservations(); ++i) {
+    for (std::size_t j = 0; j < names.size(); ++j) {
+      if (j) out += delimiter;
+      const double x = dataset.Data()(i, static_cast<Eigen::Index>(j));
+      out += dataset.IsStringVariable(names[j]) ? Quoted(dataset.StringValue(names[j], i), delimiter)
+                                                : Cell(x);
+    }
+    out += "\n";
+  }
+  return out;
+}
+
+std::string WriteDelimited(const Eigen::MatrixXd& matrix, char delimiter) {
+  std::string out;
+  for (Eigen::Index i = 0; i < matrix.rows(); ++i) {
+    for (Eigen::Index j = 0; j < matrix.cols(); ++j) {
+      if (j) out += delimiter;
+      out += Cell(matrix(i, j));
+    }
+    out += "\n";
+  }
+  return out;
 }

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include <Eigen/Dense>
+
 class Dataset;
 
 struct DelimitedImport {
@@ -25,3 +27,10 @@ DelimitedImport ReadDelimited(std::string_view text, char delimiter);
 
 // The identifier a header name becomes: letters, digits and "_", not starting with a digit.
 std::string ToIdentifier(const std::string& name, std::size_t column);
+
+// A dataset as delimited text: a header row of names, then one line per observation; numbers
+// with all their digits, string variables as their texts (quoted when they hold the delimiter, a
+// quote or a line break), missing values as empty cells.
+std::string WriteDelimited(const Dataset& dataset, char delimiter);
+// A matrix as delimited text, one line per row, missing values as empty cells.
+std::string WriteDelimited(const Eigen::MatrixXd& matrix, char delimiter);

@@ -1,6 +1,8 @@
 // Workspace: look-up order, storing and removing.
 #include "Workspace.h"
 
+#include "ValueKind.h"
+
 #include <atomic>
 
 namespace {
@@ -70,6 +72,18 @@ bool Workspace::Remove(const std::string& name) {
                            structures.erase(name) + strings.erase(name) > 0;
   if (removed) ++m_generation;
   return removed;
+}
+
+void Workspace::ClearKind(int code) {
+  switch (code) {
+    case kind::MATRIX: matrices.clear(); break;
+    case kind::DATASET: datasets.clear(); break;
+    case kind::MODEL: models.clear(); break;
+    case kind::STRUCTURE: structures.clear(); break;
+    case kind::STRING: strings.clear(); break;
+    default: return;
+  }
+  ++m_generation;
 }
 
 void Workspace::Clear() {

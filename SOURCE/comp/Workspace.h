@@ -32,6 +32,8 @@ public:
   // Removes `name` from every collection; false when it was nowhere.
   bool Remove(const std::string& name);
   void Clear();
+  // Empties one collection (a kind code).
+  void ClearKind(int code);
 
   // Changes whenever an entry is removed or the workspace cleared, so that name look-ups may be
   // cached while it stays the same.

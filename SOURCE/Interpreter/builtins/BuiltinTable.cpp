@@ -12,7 +12,7 @@ std::unordered_map<std::string_view, const BuiltinRow*> BuildTable() {
   for (auto family : {ShapeBuiltins, LinearAlgebraBuiltins, ElementBuiltins, SortBuiltins,
                       StatisticsBuiltins, RandomBuiltins, MultivariateRandomBuiltins,
                       DistributionBuiltins, StringBuiltins, DatasetBuiltins,
-                      DatasetStructureBuiltins}) {
+                      DatasetStructureBuiltins, ExportBuiltins}) {
     for (const BuiltinRow& row : family()) table.emplace(row.name, &row);
   }
   return table;
