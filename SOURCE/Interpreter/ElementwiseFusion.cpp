@@ -11,7 +11,7 @@ namespace {
 // Below this many elements one temporary per operator costs little.
 constexpr Eigen::Index kMinimumElements = 4096;
 // Elements per block: the temporaries of a block stay in the first-level cache.
-constexpr Eigen::Index kBlock = 256;
+constexpr Eigen::Index kBlock = 4096;
 
 enum class Op { LoadMatrix, LoadScalar, Negate, Add, Subtract, Multiply, Divide };
 
@@ -86,14 +86,19 @@ struct Slot {
   bool isScalar;
 };
 
+using Block = Eigen::Map<Eigen::ArrayXd>;
+using ConstBlock = Eigen::Map<const Eigen::ArrayXd>;
+
+// out = a op b over one block, with Eigen's vectorised loops.
 template <typename F>
 void Apply(const Slot& a, const Slot& b, double* out, Eigen::Index count, F f) {
+  Block target(out, count);
   if (a.isScalar) {
-    for (Eigen::Index i = 0; i < count; ++i) out[i] = f(a.scalar, b.data[i]);
+    target = f(a.scalar, ConstBlock(b.data, count));
   } else if (b.isScalar) {
-    for (Eigen::Index i = 0; i < count; ++i) out[i] = f(a.data[i], b.scalar);
+    target = f(ConstBlock(a.data, count), b.scalar);
   } else {
-    for (Eigen::Index i = 0; i < count; ++i) out[i] = f(a.data[i], b.data[i]);
+    target = f(ConstBlock(a.data, count), ConstBlock(b.data, count));
   }
 }
 
@@ -101,15 +106,18 @@ void RunBlock(const Plan& plan, Eigen::Index offset, Eigen::Index count,
               std::vector<std::array<double, kBlock>>& buffers, std::vector<Slot>& stack,
               double* out) {
   stack.clear();
-  for (const Step& step : plan.steps) {
+  for (std::size_t k = 0; k < plan.steps.size(); ++k) {
+    const Step& step = plan.steps[k];
     const std::size_t level = stack.size();
+    // The last step writes straight into the result.
+    const bool last = k + 1 == plan.steps.size();
     switch (step.op) {
       case Op::LoadMatrix: stack.push_back({step.data + offset, 0.0, false}); break;
       case Op::LoadScalar: stack.push_back({nullptr, step.scalar, true}); break;
       case Op::Negate: {
         Slot& top = stack.back();
-        double* target = buffers[level - 1].data();
-        for (Eigen::Index i = 0; i < count; ++i) target[i] = -top.data[i];
+        double* target = last ? out + offset : buffers[level - 1].data();
+        Block(target, count) = -ConstBlock(top.data, count);
         top = {target, 0.0, false};
         break;
       }
@@ -117,19 +125,73 @@ void RunBlock(const Plan& plan, Eigen::Index offset, Eigen::Index count,
         const Slot b = stack.back();
         stack.pop_back();
         const Slot a = stack.back();
-        double* target = buffers[level - 2].data();
+        double* target = last ? out + offset : buffers[level - 2].data();
         switch (step.op) {
-          case Op::Add: Apply(a, b, target, count, [](double x, double y) { return x + y; }); break;
-          case Op::Subtract: Apply(a, b, target, count, [](double x, double y) { return x - y; }); break;
-          case Op::Multiply: Apply(a, b, target, count, [](double x, double y) { return x * y; }); break;
-          default: Apply(a, b, target, count, [](double x, double y) { return x / y; }); break;
+          case Op::Add: Apply(a, b, target, count, [](const auto& x, const auto& y) { return x + y; }); break;
+          case Op::Subtract: Apply(a, b, target, count, [](const auto& x, const auto& y) { return x - y; }); break;
+          case Op::Multiply: Apply(a, b, target, count, [](const auto& x, const auto& y) { return x * y; }); break;
+          default: Apply(a, b, target, count, [](const auto& x, const auto& y) { return x / y; }); break;
         }
         stack.back() = {target, 0.0, false};
         break;
       }
     }
   }
-  std::copy(stack.back().data, stack.back().data + count, out + offset);
+}
+
+bool IsLoad(const Step& step) { return step.op == Op::LoadMatrix || step.op == Op::LoadScalar; }
+
+// Calls `use` with the element operation of an operator step.
+template <typename Use>
+void WithOperation(Op op, Use use) {
+  switch (op) {
+    case Op::Add: use([](double x, double y) { return x + y; }); break;
+    case Op::Subtract: use([](double x, double y) { return x - y; }); break;
+    case Op::Multiply: use([](double x, double y) { return x * y; }); break;
+    default: use([](double x, double y) { return x / y; }); break;
+  }
+}
+
+// Two operators over three operands in one loop per block, the most common shape (A * 2 - B,
+// (A + B) / 2): op2(op1(a, b), c), or op2(a, op1(b, c)) when `rightNested`. Scalars are read
+// from a block filled with their value, so every operand is a plain array and the loop
+// vectorises. False when the plan has another shape.
+bool RunTwoOperators(const Plan& plan, double* out, Eigen::Index total) {
+  const auto& s = plan.steps;
+  if (s.size() != 5 || !IsLoad(s[0]) || !IsLoad(s[1]) || s[4].op == Op::Negate) return false;
+  bool rightNested = false;
+  if (!IsLoad(s[2]) && s[2].op != Op::Negate && IsLoad(s[3])) {
+    rightNested = false;
+  } else if (IsLoad(s[2]) && !IsLoad(s[3]) && s[3].op != Op::Negate) {
+    rightNested = true;
+  } else {
+    return false;
+  }
+  const Step* operands[3] = {&s[0], &s[1], rightNested ? &s[2] : &s[3]};
+  const Op first = rightNested ? s[3].op : s[2].op;
+  std::array<std::array<double, kBlock>, 3> broadcast{};
+  for (int k = 0; k < 3; ++k) {
+    if (operands[k]->op == Op::LoadScalar) broadcast[static_cast<std::size_t>(k)].fill(operands[k]->scalar);
+  }
+  WithOperation(first, [&](auto f1) {
+    WithOperation(s[4].op, [&](auto f2) {
+      for (Eigen::Index offset = 0; offset < total; offset += kBlock) {
+        const Eigen::Index count = std::min(kBlock, total - offset);
+        const double* p[3];
+        for (int k = 0; k < 3; ++k) {
+          p[k] = operands[k]->op == Op::LoadScalar ? broadcast[static_cast<std::size_t>(k)].data()
+                                                   : operands[k]->data + offset;
+        }
+        double* o = out + offset;
+        if (rightNested) {
+          for (Eigen::Index i = 0; i < count; ++i) o[i] = f2(p[0][i], f1(p[1][i], p[2][i]));
+        } else {
+          for (Eigen::Index i = 0; i < count; ++i) o[i] = f2(f1(p[0][i], p[1][i]), p[2][i]);
+        }
+      }
+    });
+  });
+  return true;
 }
 
 }  // namespace
@@ -137,11 +199,15 @@ void RunBlock(const Plan& plan, Eigen::Index offset, Eigen::Index count,
 bool EvaluateFused(ExecContext& context, const Expression& expression, Eigen::MatrixXd& out) {
   Plan plan;
   if (Compile(context, expression, plan, 0) != Shape::Matrix) return false;
-  // A negated scalar with no operator is a scalar; a bare name is a copy: both stay unfused.
-  if (plan.steps.size() < 2) return false;
+  // One operator makes no temporary to save: Eigen does it as well alone.
+  const auto operators = std::count_if(plan.steps.begin(), plan.steps.end(), [](const Step& step) {
+    return step.op != Op::LoadMatrix && step.op != Op::LoadScalar;
+  });
+  if (operators < 2) return false;
   // Matrix operands have the result's size, so an `out` that is one of them keeps its storage,
   // and each block is read in full before its results are written.
   out.resize(plan.rows, plan.cols);
+  if (RunTwoOperators(plan, out.data(), out.size())) return true;
   std::vector<std::array<double, kBlock>> buffers(static_cast<std::size_t>(plan.depth) + 1);
   std::vector<Slot> stack;
   stack.reserve(buffers.size());

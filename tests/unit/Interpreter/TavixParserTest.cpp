@@ -59,8 +59,11 @@ TEST(TavixParser, WhatCannotStandAloneIsAnIncompleteStatement) {
 TEST(TavixParser, AStatementThatNoRuleStartsIsANoViableAlternative) {
   RecordingSession run;
   // A function keyword whose family is not read here yet: no alternative of rhs_matrix.
-  EXPECT_EQ(run.ErrorOf("\n ones(2, 2);"),
+  EXPECT_EQ(run.ErrorOf("\n range(2, 2);"),
             "Syntax error in input \"test.tvx\", line 2\nThis appears to be an incomplete statement.\n");
+  // A built-in standing alone is evaluated, then reported as incomplete.
+  EXPECT_EQ(run.ErrorOf("\n ones(2, 2);"),
+            "Syntax error in input \"test.tvx\", line 2\nThis appears to be an incomplete statement.");
 }
 
 TEST(TavixParser, TokensThatStartNoStatementEndTheList) {
