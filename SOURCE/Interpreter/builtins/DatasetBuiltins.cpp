@@ -8,6 +8,7 @@
 #include "Dataset.h"
 #include "DatasetSummary.h"
 #include "DelimitedText.h"
+#include "Download.h"
 #include "ExecContext.h"
 #include "ValueKind.h"
 
@@ -68,6 +69,33 @@ TavixValue Import(const BuiltinCall& call) {
   if (!in && size > 0) call.Fail(cannot + "File is not readable.");
   const DelimitedImport imported = ReadDelimited(text, delimiter);
   if (!imported.error.empty()) call.Fail(cannot + "Incompatible file format.");
+  WarnAboutImport(call, imported);
+  return TavixValue::FromDataset(imported.dataset);
+}
+
+// webimport(url, delimiter): url is "host/file", with or without "http://" or "https://".
+TavixValue WebImport(const BuiltinCall& call) {
+  if (call.Value(0).code != kind::STRING) {
+    call.Fail("The first argument of \"" + call.Name() + "\" must be a string.");
+  }
+  std::string url = *call.Value(0).string;
+  const char delimiter = Delimiter(call);
+  const std::size_t scheme = url.find("://");
+  const std::string rest = scheme == std::string::npos ? url : url.substr(scheme + 3);
+  const bool knownScheme = scheme == std::string::npos || url.compare(0, scheme, "http") == 0 ||
+                           url.compare(0, scheme, "https") == 0;
+  const std::size_t slash = rest.find('/');
+  if (!knownScheme || slash == std::string::npos || slash == 0 || slash + 1 == rest.size()) {
+    call.Fail("The URL provided to \"webimport\" must be of the form \"host/file\".");
+  }
+  if (scheme == std::string::npos) url = "http://" + url;
+  std::string error;
+  const std::string text = DownloadText(url, error);
+  if (!error.empty()) call.Fail("Cannot import data from \"" + url + "\": " + error);
+  const DelimitedImport imported = ReadDelimited(text, delimiter);
+  if (!imported.error.empty()) {
+    call.Fail("Cannot import data from \"" + url + "\". Incompatible file format.");
+  }
   WarnAboutImport(call, imported);
   return TavixValue::FromDataset(imported.dataset);
 }
@@ -185,6 +213,7 @@ const BuiltinRow kRows[] = {
     {"sortd", ArgCounts(1), true, SortData},
     {"dropmissing", ArgCounts(1), false, DropMissing},
     {"import", ArgCounts(2), false, Import},
+    {"webimport", ArgCounts(2), false, WebImport},
     {"dataset", ArgCounts(1, 2), false, DatasetFromMatrix},
 };
 

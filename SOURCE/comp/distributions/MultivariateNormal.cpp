@@ -11,10 +11,10 @@ namespace {
 constexpr double kLog2Pi = 1.83787706640934548356;
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-// A p x p factor whose lower triangle is finite with a positive diagonal (the strict upper
-// triangle is never read).
+// A p x p factor, p >= 1, whose lower triangle is finite with a positive diagonal (the strict
+// upper triangle is never read).
 bool ValidFactor(const Eigen::MatrixXd& L, Eigen::Index p) {
-  if (L.rows() != p || L.cols() != p) {
+  if (p < 1 || L.rows() != p || L.cols() != p) {
     return false;
   }
   for (Eigen::Index j = 0; j < p; ++j) {
@@ -34,14 +34,17 @@ bool ValidFactor(const Eigen::MatrixXd& L, Eigen::Index p) {
 
 // The density at each row of X: exp(-p/2 log(2 pi) - sum log L_ii - |L^-1 (x - mean)|^2 / 2),
 // summed in logs and exponentiated once, so that neither the determinant nor the quadratic form
-// overflows. Rows with NaN give NaN, rows with an infinite entry give 0. When the sizes disagree,
-// the mean is not finite or L's diagonal is not positive, every entry is NaN.
+// overflows. Rows with NaN give NaN, rows with an infinite entry give 0. When the mean is empty,
+// the sizes disagree, the mean is not finite or L's diagonal is not positive, every entry is NaN.
 Eigen::VectorXd MultivariateNormalPdf(const Eigen::MatrixXd& X, const Eigen::VectorXd& mean,
                                       const Eigen::MatrixXd& L) {
   const Eigen::Index p = mean.size();
   const Eigen::Index n = X.rows();
   if (X.cols() != p || !ValidFactor(L, p) || !mean.allFinite()) {
     return Eigen::VectorXd::Constant(n, kNaN);
+  }
+  if (n == 0) {
+    return Eigen::VectorXd(0);  // Eigen's triangular routines must not see empty operands
   }
   Eigen::MatrixXd deviations = (X.rowwise() - mean.transpose()).transpose();
   L.triangularView<Eigen::Lower>().solveInPlace(deviations);
@@ -60,14 +63,17 @@ Eigen::VectorXd MultivariateNormalPdf(const Eigen::MatrixXd& X, const Eigen::Vec
 }
 
 // k draws as the rows of a k x p matrix: mean + L z, with z's p entries taken from the engine in
-// order, one draw after another. No rows for k <= 0; all NaN when the sizes disagree, the mean is
-// not finite or L's diagonal is not positive.
+// order, one draw after another. No rows for k <= 0; all NaN when the mean is empty, the sizes
+// disagree, the mean is not finite or L's diagonal is not positive.
 Eigen::MatrixXd MultivariateNormalDraws(RandomEngine& rng, const Eigen::VectorXd& mean,
                                         const Eigen::MatrixXd& L, int k) {
   const Eigen::Index p = mean.size();
   const Eigen::Index rows = k > 0 ? k : 0;
   if (!ValidFactor(L, p) || !mean.allFinite()) {
     return Eigen::MatrixXd::Constant(rows, p, kNaN);
+  }
+  if (rows == 0) {
+    return Eigen::MatrixXd(0, p);  // Eigen's triangular product must not see an empty operand
   }
   Eigen::MatrixXd z(p, rows);
   for (Eigen::Index j = 0; j < rows; ++j) {

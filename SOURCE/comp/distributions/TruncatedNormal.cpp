@@ -31,8 +31,7 @@ struct Standardised {
 
 Standardised Standardise(double mean, double sd, double lower, double upper) {
   Standardised s;
-  if (!std::isfinite(mean) || !std::isfinite(sd) || !(sd > 0.0) || std::isnan(lower) ||
-      std::isnan(upper)) {
+  if (!std::isfinite(mean) || !std::isfinite(sd) || !(sd > 0.0) || std::isnan(lower) || std::isnan(upper)) {
     return s;
   }
   s.a = (lower - mean) / sd;
@@ -55,18 +54,41 @@ double MillsRatio(double x) {
   return 1.0 / t;
 }
 
-// Q(x) / phi(a) for x >= a >= 0: the upper-tail mass beyond x in units of the density at a, so
-// that tail masses far beyond the range of doubles still have a finite ratio.
-double TailOverDensity(double x, double a) {
-  if (std::isinf(x)) {
-    return 0.0;
+// The 10-point Gauss-Legendre rule on [-1, 1]: positive nodes and their weights.
+constexpr double kLegendreNodes[5][2] = {{0.14887433898163121088, 0.29552422471475287017},
+                                         {0.43339539412924719080, 0.26926671930999635509},
+                                         {0.67940956829902440623, 0.21908636251598204400},
+                                         {0.86506336668898451073, 0.14945134915058059315},
+                                         {0.97390652851717172008, 0.06667134430868813759}};
+
+// (Q(lo) - Q(hi)) / phi(lo) for 0 <= lo <= hi (hi may be infinite): the mass of [lo, hi] in units
+// of the density at lo, finite however far out the interval lies. On short intervals (where the
+// integrand exp(-(t - lo)(t + lo) / 2) falls by at most e over the interval) the integral by the
+// Gauss-Legendre rule, exact to rounding there; elsewhere M(lo) - exp(...) M(hi), whose second term
+// is then at most 0.61 of the first, so no digits cancel either way.
+double MassOverDensity(double lo, double hi) {
+  if (std::isinf(hi)) {
+    return MillsRatio(lo);
   }
-  return std::exp(-0.5 * (x - a) * (x + a)) * MillsRatio(x);
+  const double width = hi - lo;
+  if (width * hi <= 1.0) {
+    const double half = 0.5 * width;
+    double sum = 0.0;
+    for (const auto& [node, weight] : kLegendreNodes) {
+      for (const double s : {half * (1.0 - node), half * (1.0 + node)}) {
+        sum += weight * std::exp(-0.5 * s * (s + 2.0 * lo));
+      }
+    }
+    return half * sum;
+  }
+  return MillsRatio(lo) - std::exp(-0.5 * width * (hi + lo)) * MillsRatio(hi);
 }
 
 // P(a <= Z <= b) of a standard normal over an interval that straddles zero: half-widths from erf,
 // both positive, so no digits cancel even when the interval is short.
-double StraddlingMass(double a, double b) { return 0.5 * (std::erf(b * kInvSqrt2) - std::erf(a * kInvSqrt2)); }
+double StraddlingMass(double a, double b) {
+  return 0.5 * (std::erf(b * kInvSqrt2) - std::erf(a * kInvSqrt2));
+}
 
 // Draws z on [a, b] with a < 0 < b: uniform proposals on short intervals (where they accept
 // more often than the normal, width below sqrt(2 pi)), normal rejection otherwise.
@@ -112,7 +134,8 @@ double DrawUpper(RandomEngine& rng, double a, double b) {
   // In the tail: the shifted exponential of rate lambda (the rate that maximises the acceptance
   // on [a, inf)), truncated at b by inversion, accepted with probability
   // exp(-((z - lambda)^2 - (m - lambda)^2) / 2) where m is the point of [a, b] nearest lambda.
-  const double lambda = 0.5 * (a + std::sqrt(a * a + 4.0));
+  // hypot keeps lambda finite for bounds whose square overflows (a tiny sd).
+  const double lambda = 0.5 * (a + std::hypot(a, 2.0));
   const bool bounded = std::isfinite(b);
   const double truncatedMass = bounded ? -std::expm1(-lambda * width) : 1.0;
   const double peakOffset = bounded && b < lambda ? b - lambda : 0.0;
@@ -149,12 +172,13 @@ double TruncatedNormalPdf(double x, double mean, double sd, double lower, double
   const double a = reflect ? -s.b : s.a;
   const double b = reflect ? -s.a : s.b;
   const double t = reflect ? -z : z;
-  const double massOverDensity = TailOverDensity(a, a) - TailOverDensity(b, a);
-  return std::exp(-0.5 * (t - a) * (t + a)) / (sd * massOverDensity);
+  return std::exp(-0.5 * (t - a) * (t + a)) / (sd * MassOverDensity(a, b));
 }
 
-// P(X <= x): the normal mass of [lower, x] over that of [lower, upper], each from erf or erfc
-// on the side that keeps its digits. NaN for a NaN argument or invalid parameters.
+// P(X <= x): the normal mass of [lower, x] over that of [lower, upper]. Masses on one side of
+// the mean are measured in units of the density at their end nearer the mean, and intervals that
+// cross the mean use erf, so short intervals and far tails keep their digits. NaN for a NaN
+// argument or invalid parameters.
 double TruncatedNormalCdf(double x, double mean, double sd, double lower, double upper) {
   const Standardised s = Standardise(mean, sd, lower, upper);
   if (!s.valid || std::isnan(x)) {
@@ -169,18 +193,17 @@ double TruncatedNormalCdf(double x, double mean, double sd, double lower, double
   const double z = (x - mean) / sd;
   double p = 0.0;
   if (s.a < 0.0 && s.b > 0.0) {
-    const double below = z <= 0.0 ? 0.5 * (std::erfc(-z * kInvSqrt2) - std::erfc(-s.a * kInvSqrt2))
-                                  : StraddlingMass(s.a, z);
+    // Below zero the mass of [a, z] is that of [-z, -a] on the positive side, phi(z) M-scaled.
+    const double below =
+        z <= 0.0 ? kInvSqrt2Pi * std::exp(-0.5 * z * z) * MassOverDensity(-z, -s.a) : StraddlingMass(s.a, z);
     p = below / StraddlingMass(s.a, s.b);
   } else if (s.a >= 0.0) {
-    const double total = TailOverDensity(s.a, s.a) - TailOverDensity(s.b, s.a);
-    p = (TailOverDensity(s.a, s.a) - TailOverDensity(z, s.a)) / total;
+    p = MassOverDensity(s.a, z) / MassOverDensity(s.a, s.b);
   } else {
-    // Below zero, reflected: [lower, x] becomes [-z, -a] inside [-b, -a].
+    // Below zero, reflected: [lower, x] becomes [-z, -a] inside [-b, -a], measured from -b.
     const double a = -s.b;
-    const double b = -s.a;
-    const double total = TailOverDensity(a, a) - TailOverDensity(b, a);
-    p = (TailOverDensity(-z, a) - TailOverDensity(b, a)) / total;
+    const double t = -z;
+    p = std::exp(-0.5 * (t - a) * (t + a)) * MassOverDensity(t, -s.a) / MassOverDensity(a, -s.a);
   }
   return std::clamp(p, 0.0, 1.0);
 }

@@ -13,10 +13,11 @@ namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-// A square factor whose lower triangle is finite with a positive diagonal, and nu > p - 1.
+// A square factor of order p >= 1 whose lower triangle is finite with a positive diagonal, and
+// nu > p - 1.
 bool ValidArguments(const Eigen::MatrixXd& L, double nu) {
   const Eigen::Index p = L.rows();
-  if (L.cols() != p || !std::isfinite(nu) || !(nu > static_cast<double>(p) - 1.0)) {
+  if (p < 1 || L.cols() != p || !std::isfinite(nu) || !(nu > static_cast<double>(p) - 1.0)) {
     return false;
   }
   for (Eigen::Index j = 0; j < p; ++j) {
@@ -32,7 +33,9 @@ bool ValidArguments(const Eigen::MatrixXd& L, double nu) {
   return true;
 }
 
-Eigen::MatrixXd NaNMatrix(const Eigen::MatrixXd& L) { return Eigen::MatrixXd::Constant(L.rows(), L.rows(), kNaN); }
+Eigen::MatrixXd NaNMatrix(const Eigen::MatrixXd& L) {
+  return Eigen::MatrixXd::Constant(L.rows(), L.rows(), kNaN);
+}
 
 // B B', exactly symmetric.
 Eigen::MatrixXd OuterProduct(const Eigen::MatrixXd& B) {
