@@ -63,6 +63,8 @@ const Row kStatementRows[] = {
     {tok::KEEPDROPIF, {&TavixParser::keepdrop_statement, false}},
     {tok::CLEAR, {&TavixParser::clear_statement, false}},
     {tok::EXPORT, {&TavixParser::builtin_statement, false}},
+    {tok::SAVE, {&TavixParser::builtin_statement, false}},
+    {tok::LOAD, {&TavixParser::builtin_statement, false}},
     {tok::MAXFIGURES, {&TavixParser::control_statement, false}},
     {tok::SETWD, {&TavixParser::control_statement, false}},
 };

@@ -144,3 +144,14 @@ bool Dataset::DeleteVariable(const std::string& name) {
   if (m_structure.timeVariable == name || m_structure.groupVariable == name) m_structure = {};
   return true;
 }
+
+const std::vector<std::string>& Dataset::Labels(const std::string& name) const {
+  static const std::vector<std::string> kNone;
+  const int at = Find(name);
+  return at < 0 ? kNone : m_labels[static_cast<std::size_t>(at)];
+}
+
+void Dataset::RestoreLabels(const std::string& name, std::vector<std::string> labels) {
+  const int at = Find(name);
+  if (at >= 0) m_labels[static_cast<std::size_t>(at)] = std::move(labels);
+}

@@ -61,6 +61,12 @@ public:
   // ascending, string variables by their texts, missing values last. Every key must exist.
   void SortData(const std::vector<std::string>& keys);
 
+  // The texts of a string variable's codes 1, 2, ... (empty for a numeric variable).
+  const std::vector<std::string>& Labels(const std::string& name) const;
+  // Restores a string variable's texts and a structure exactly as saved, without checks.
+  void RestoreLabels(const std::string& name, std::vector<std::string> labels);
+  void RestoreStructure(const DatasetStructure& structure) { m_structure = structure; }
+
   // The declared structure, and a description for listings: "cross-section", "time series
   // (yyyyqx, time variable t)", "panel (time variable t, groups g)".
   const DatasetStructure& Structure() const { return m_structure; }

@@ -12,7 +12,8 @@ std::unordered_map<std::string_view, const BuiltinRow*> BuildTable() {
   for (auto family : {ShapeBuiltins, LinearAlgebraBuiltins, ElementBuiltins, SortBuiltins,
                       StatisticsBuiltins, RandomBuiltins, MultivariateRandomBuiltins,
                       DistributionBuiltins, StringBuiltins, DatasetBuiltins,
-                      DatasetStructureBuiltins, ExportBuiltins}) {
+                      DatasetStructureBuiltins, ExportBuiltins,
+                      WorkspaceFileBuiltins}) {
     for (const BuiltinRow& row : family()) table.emplace(row.name, &row);
   }
   return table;

@@ -30,7 +30,7 @@ double StandardGammaDraw(RandomEngine& rng, double shape) {
     const double g = StandardGammaDraw(rng, shape + 1.0);
     return std::exp(std::log(g) + std::log(rng.Uniform()) / shape);
   }
-  const double d = shape - 0.5;
+  const double d = shape - 1.0 / 3.0;
   const double c = 1.0 / std::sqrt(9.0 * d);
   for (;;) {
     double x = 0.0;

@@ -1,0 +1,232 @@
+#include "WorkspaceFile.h"
+
+#include <charconv>
+#include <cstdio>
+#include <istream>
+#include <limits>
+#include <memory>
+#include <ostream>
+#include <sstream>
+
+#include "Dataset.h"
+#include "TavixStructure.h"
+#include "ValueKind.h"
+#include "Workspace.h"
+
+namespace {
+
+constexpr const char* kHeader = "TavixWorkspace 1";
+
+void WriteNumber(std::ostream& out, double x) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.17g", x);
+  out << text;
+}
+
+void WriteMatrix(std::ostream& out, const Eigen::MatrixXd& m) {
+  out << m.rows() << ' ' << m.cols() << '\n';
+  for (Eigen::Index i = 0; i < m.rows(); ++i) {
+    for (Eigen::Index j = 0; j < m.cols(); ++j) {
+      if (j) out << ' ';
+      WriteNumber(out, m(i, j));
+    }
+    out << '\n';
+  }
+}
+
+void WriteText(std::ostream& out, const std::string& text) { out << text << '\n' << kEndOfString << '\n'; }
+
+void WriteDataset(std::ostream& out, const Dataset& d) {
+  const DatasetStructure& s = d.Structure();
+  out << static_cast<int>(s.kind) << ' ' << static_cast<int>(s.format) << '\n';
+  WriteText(out, s.timeVariable);
+  WriteText(out, s.groupVariable);
+  out << d.VariableNames().size() << '\n';
+  for (const auto& name : d.VariableNames()) {
+    const auto& labels = d.Labels(name);
+    out << name << ' ' << labels.size() << '\n';
+    for (const auto& label : labels) WriteText(out, label);
+  }
+  WriteMatrix(out, d.Data());
+}
+
+void WriteValue(std::ostream& out, const std::string& name, const TavixValue& value, int& models);
+
+void WriteStructure(std::ostream& out, const TavixStructure& s, int& models) {
+  std::vector<std::string> names;
+  std::vector<std::pair<std::string, TavixValue>> members;
+  for (auto getter : {&TavixStructure::GetMatrixNames, &TavixStructure::GetDatasetNames,
+                      &TavixStructure::GetStructureNames, &TavixStructure::GetStringNames,
+                      &TavixStructure::GetModelNames}) {
+    (s.*getter)(names);
+    for (const auto& member : names) members.emplace_back(member, s.GetValue(member));
+  }
+  out << members.size() << '\n';
+  for (const auto& [member, value] : members) WriteValue(out, member, value, models);
+}
+
+void WriteValue(std::ostream& out, const std::string& name, const TavixValue& value, int& models) {
+  switch (value.code) {
+    case kind::MATRIX:
+      out << "matrix " << name << '\n';
+      WriteMatrix(out, *value.matrix);
+      break;
+    case kind::STRING:
+      out << "string " << name << '\n';
+      WriteText(out, *value.string);
+      break;
+    case kind::DATASET:
+      out << "dataset " << name << '\n';
+      WriteDataset(out, *value.dataset);
+      break;
+    case kind::STRUCTURE:
+      out << "structure " << name << '\n';
+      WriteStructure(out, *value.structure, models);
+      break;
+    default:
+      out << "skipped " << name << '\n';
+      ++models;
+      break;
+  }
+}
+
+// Reading: every failure throws, caught once at the top.
+struct Malformed {};
+
+std::string ReadLine(std::istream& in) {
+  std::string line;
+  if (!std::getline(in, line)) throw Malformed{};
+  return line;
+}
+
+std::string ReadText(std::istream& in) {
+  std::string text;
+  for (bool first = true;; first = false) {
+    std::string line = ReadLine(in);
+    if (line == kEndOfString) return text;
+    if (!first) text += '\n';
+    text += line;
+  }
+}
+
+long long ReadInteger(std::istream& in) {
+  long long n = 0;
+  if (!(in >> n) || n < 0) throw Malformed{};
+  return n;
+}
+
+double ParseNumber(const std::string& word) {
+  double x = 0.0;
+  const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), x);
+  if (error != std::errc() || end != word.data() + word.size()) throw Malformed{};
+  return x;
+}
+
+Eigen::MatrixXd ReadMatrix(std::istream& in) {
+  const auto rows = static_cast<Eigen::Index>(ReadInteger(in));
+  const auto cols = static_cast<Eigen::Index>(ReadInteger(in));
+  Eigen::MatrixXd m(rows, cols);
+  std::string word;
+  for (Eigen::Index i = 0; i < rows; ++i) {
+    for (Eigen::Index j = 0; j < cols; ++j) {
+      if (!(in >> word)) throw Malformed{};
+      m(i, j) = ParseNumber(word);
+    }
+  }
+  in.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
+  return m;
+}
+
+std::shared_ptr<Dataset> ReadDataset(std::istream& in) {
+  DatasetStructure structure;
+  const long long kindCode = ReadInteger(in);
+  const long long formatCode = ReadInteger(in);
+  if (kindCode > 2 || formatCode > 3) throw Malformed{};
+  structure.kind = static_cast<DatasetKind>(kindCode);
+  structure.format = static_cast<TimeFormat>(formatCode);
+  in.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
+  structure.timeVariable = ReadText(in);
+  structure.groupVariable = ReadText(in);
+  const auto count = static_cast<std::size_t>(ReadInteger(in));
+  std::vector<std::string> names(count);
+  std::vector<std::vector<std::string>> labels(count);
+  for (std::size_t j = 0; j < count; ++j) {
+    if (!(in >> names[j])) throw Malformed{};
+    const auto n = static_cast<std::size_t>(ReadInteger(in));
+    in.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
+    for (std::size_t k = 0; k < n; ++k) labels[j].push_back(ReadText(in));
+  }
+  const Eigen::MatrixXd data = ReadMatrix(in);
+  if (data.cols() != static_cast<Eigen::Index>(count)) throw Malformed{};
+  auto dataset = std::make_shared<Dataset>(names, data);
+  for (std::size_t j = 0; j < count; ++j) dataset->RestoreLabels(names[j], std::move(labels[j]));
+  dataset->RestoreStructure(structure);
+  return dataset;
+}
+
+// One record: its kind word and name, then the value; false for a skipped record.
+bool ReadValue(std::istream& in, std::string& name, TavixValue& value, int depth);
+
+std::shared_ptr<TavixStructure> ReadStructure(std::istream& in, int depth) {
+  if (depth > 1000) throw Malformed{};
+  const auto count = ReadInteger(in);
+  in.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
+  auto structure = std::make_shared<TavixStructure>();
+  for (long long k = 0; k < count; ++k) {
+    std::string member;
+    TavixValue value;
+    if (ReadValue(in, member, value, depth + 1)) structure->SetValue(member, value);
+  }
+  return structure;
+}
+
+bool ReadValue(std::istream& in, std::string& name, TavixValue& value, int depth) {
+  std::istringstream record(ReadLine(in));
+  std::string word;
+  if (!(record >> word >> name)) throw Malformed{};
+  if (word == "matrix") value = TavixValue::FromMatrix(ReadMatrix(in));
+  else if (word == "string") value = TavixValue::FromString(ReadText(in));
+  else if (word == "dataset") value = TavixValue::FromDataset(ReadDataset(in));
+  else if (word == "structure") value = TavixValue::FromStructure(ReadStructure(in, depth));
+  else if (word == "skipped") return false;
+  else throw Malformed{};
+  return true;
+}
+
+}  // namespace
+
+int SaveWorkspace(const Workspace& ws, std::ostream& out) {
+  int models = 0;
+  out << kHeader << '\n';
+  for (const auto& [name, m] : ws.matrices) WriteValue(out, name, TavixValue::FromMatrix(m), models);
+  for (const auto& [name, s] : ws.strings) WriteValue(out, name, TavixValue::FromString(s), models);
+  for (const auto& [name, d] : ws.datasets) WriteValue(out, name, TavixValue::FromDataset(d), models);
+  for (const auto& [name, s] : ws.structures) {
+    WriteValue(out, name, TavixValue::FromStructure(s), models);
+  }
+  models += static_cast<int>(ws.models.size());
+  return models;
+}
+
+bool LoadWorkspace(std::istream& in, Workspace& workspace, std::string& error) {
+  Workspace loaded;
+  try {
+    if (ReadLine(in) != kHeader) throw Malformed{};
+    while (in.peek() != std::char_traits<char>::eof()) {
+      std::string name;
+      TavixValue value;
+      if (ReadValue(in, name, value, 0)) loaded.Store(name, value);
+    }
+  } catch (const Malformed&) {
+    error = "the file is not a Tavix workspace or it is damaged.";
+    return false;
+  } catch (const std::exception&) {
+    error = "the file is not a Tavix workspace or it is damaged.";
+    return false;
+  }
+  for (const auto& [name, m] : loaded.matrices) workspace.Store(name, TavixValue::FromMatrix(m));
+  for (const auto& [name, s] : loaded.strings) workspace.Store(name, TavixValue::FromString(s));
+  for (const auto& [name, d] : loaded.datasets) workspace.Store(name, TavixValue::FromDataset(d));
+  for (const auto& [name, s] : loaded.structures) workspace.Store(name, TavixValue::FromStructure(s));
+  return true;
+}

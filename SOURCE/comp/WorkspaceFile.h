@@ -1,0 +1,19 @@
+// Writing a workspace to a file and reading it back: matrices, strings, datasets (with their
+// string variables and structure) and structures, nested to any depth.
+#pragma once
+
+#include <iosfwd>
+#include <string>
+
+class Workspace;
+
+// The marker line that ends every string value in the file.
+inline constexpr const char* kEndOfString = "_#_end_of_string_#_";
+
+// Writes every matrix, string, dataset and structure of the workspace. Models are not written;
+// the result counts them so the caller can say so.
+int SaveWorkspace(const Workspace& workspace, std::ostream& out);
+
+// Reads a file written by SaveWorkspace into `workspace`; false with `error` set when the file
+// is not such a file (the workspace is then left unchanged).
+bool LoadWorkspace(std::istream& in, Workspace& workspace, std::string& error);
