@@ -1,6 +1,10 @@
 #include "AstWorkspace.h"
 
+#include <filesystem>
+#include <map>
+
 #include "Dataset.h"
+#include "SystemGlobals.h"
 #include "ExecContext.h"
 #include "TavixStructure.h"
 #include "Token.h"
@@ -87,4 +91,25 @@ void ClearStatement::Execute(ExecContext& context) const {
     }
     ClearMember(context, *this, path);
   }
+}
+
+void SetBinaryStatement::Execute(ExecContext& context) const {
+  namespace globals = Tavix_SYSTEM_NAMESPACE::GLOBAL;
+  static const std::map<std::string, std::string*> kPrograms = {
+      {"jags", &globals::DirectoryJAGS},     {"openbugs", &globals::DirectoryBUGS},
+      {"stan", &globals::DirectorySTAN},     {"octave", &globals::DirectoryOCTAVE},
+      {"rproject", &globals::DirectoryR},    {"matlab", &globals::DirectoryMATLAB},
+      {"stata", &globals::DirectorySTATA},
+  };
+  const auto found = kPrograms.find(program);
+  if (found == kPrograms.end()) context.Fail(*this, "Unkown external program: \"" + program + "\"");
+  const TavixValue value = directory->Evaluate(context);
+  if (value.code != kind::STRING) {
+    context.Fail(*this, "The second argument passed to \"setbinary\" must be a string.");
+  }
+  std::error_code error;
+  if (!std::filesystem::is_directory(*value.string, error)) {
+    context.Fail(*this, "Directory \"" + *value.string + "\" does not exist.");
+  }
+  *found->second = *value.string;
 }

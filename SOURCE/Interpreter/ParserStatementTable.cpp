@@ -62,6 +62,7 @@ const Row kStatementRows[] = {
     {tok::RENAME, {&TavixParser::builtin_statement, false}},
     {tok::KEEPDROPIF, {&TavixParser::keepdrop_statement, false}},
     {tok::CLEAR, {&TavixParser::clear_statement, false}},
+    {tok::SETBINARY, {&TavixParser::setbinary_statement, false}},
     {tok::EXPORT, {&TavixParser::builtin_statement, false}},
     {tok::SAVE, {&TavixParser::builtin_statement, false}},
     {tok::LOAD, {&TavixParser::builtin_statement, false}},

@@ -79,6 +79,7 @@ public:
   StatementPtr strreplace_statement(bool execute);
   StatementPtr keepdrop_statement(bool execute);
   StatementPtr clear_statement(bool execute);
+  StatementPtr setbinary_statement(bool execute);
   void target_range(AssignStatement& node, bool execute, const TokenSet& next);
   StatementPtr print_statement(bool execute);
 
