@@ -62,7 +62,7 @@ TEST(Builtins, LinearAlgebraAndStatistics) {
   EXPECT_EQ(ValueOf(run, "max([1 5; 7 2])"), M(1, 2, {7, 5}));
   EXPECT_EQ(ValueOf(run, "min([1 5; 7 2], 2)"), M(2, 1, {1, 2}));
   EXPECT_EQ(ValueOf(run, "mean([1 2; 3 4])"), M(1, 2, {2, 3}));
-  EXPECT_NEAR(ValueOf(run, "logsumexp([1000 1000])")(0, 0), 1000.0 + std::log(2.0), 1e-9);
+  EXPECT_NEAR(ValueOf(run, "logsumexp([1000; 1000])")(0, 0), 1000.0 + std::log(2.0), 1e-9);
   // A missing value makes its column's statistics missing.
   const Eigen::MatrixXd s = ValueOf(run, "sum([1 nan; 2 3])");
   EXPECT_EQ(s(0, 0), 3.0);
