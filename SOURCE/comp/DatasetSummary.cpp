@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <map>
 #include <set>
 
 #include "Dataset.h"
@@ -60,5 +61,28 @@ std::string SummaryTable(const Dataset& dataset, const std::vector<std::string>&
     out += Padded(Number(mean), w) + Padded(Number(sd), w) + Padded(Number(low), w) +
            Padded(Number(high), w) + "\n";
   }
+  return out;
+}
+
+std::string PanelBalance(const Dataset& dataset) {
+  const DatasetStructure& structure = dataset.Structure();
+  if (structure.kind != DatasetKind::Panel) return {};
+  const Eigen::VectorXd groups = dataset.GetVariable(structure.groupVariable);
+  const Eigen::VectorXd times = dataset.GetVariable(structure.timeVariable);
+  std::map<double, std::set<double>> periodsOf;
+  std::set<double> periods;
+  for (Eigen::Index i = 0; i < groups.size(); ++i) {
+    periodsOf[groups(i)].insert(times(i));
+    periods.insert(times(i));
+  }
+  std::size_t incomplete = 0;
+  for (const auto& [group, seen] : periodsOf) {
+    if (seen.size() < periods.size()) ++incomplete;
+  }
+  std::string out = "Panel: " + std::to_string(periodsOf.size()) + " groups, " +
+                    std::to_string(periods.size()) + " time periods; ";
+  out += incomplete == 0 ? std::string("balanced.\n")
+                         : "unbalanced: " + std::to_string(incomplete) +
+                               " group(s) are not observed in every period.\n";
   return out;
 }

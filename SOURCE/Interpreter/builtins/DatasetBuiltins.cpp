@@ -185,7 +185,14 @@ TavixValue Summary(const BuiltinCall& call) {
     }
     variables = *list;
   }
-  call.Context().dispatcher().Print(SummaryTable(*dataset, variables));
+  std::string table = SummaryTable(*dataset, variables);
+  for (const auto& option : call.Options()) {
+    if (option.name == "balance" && option.value.code == kind::MATRIX && option.value.matrix->size() == 1 &&
+        (*option.value.matrix)(0, 0) != 0.0) {
+      table += PanelBalance(*dataset);
+    }
+  }
+  call.Context().dispatcher().Print(table);
   return {};
 }
 
