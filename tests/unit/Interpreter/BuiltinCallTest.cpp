@@ -100,7 +100,7 @@ TEST(Builtins, SeedFixesTheDraws) {
   EXPECT_GE(t(0, 1), 5.0);
   EXPECT_EQ(ValueOf(run, "binomrnd(4, 1, 1, 3)"), M(1, 3, {4, 4, 4}));
   EXPECT_EQ(ValueOf(run, "size(mvnrnd([0 0], eye(2, 2), 5))"), M(1, 2, {5, 2}));
-  EXPECT_NEAR(ValueOf(run, "sum(drchrnd([1 2 3]))")(0, 0), 1.0, 1e-12);
+  EXPECT_NEAR(ValueOf(run, "sum(drchrnd([1 2 3]), 2)")(0, 0), 1.0, 1e-12);
 }
 
 TEST(Builtins, DensitiesAndDistributionFunctions) {

@@ -1,0 +1,28 @@
+// Categorical distribution over 1 ... K: draws by inverting the cumulative probabilities.
+#include "Categorical.h"
+
+#include <cmath>
+#include <limits>
+
+namespace dist {
+
+// One uniform u; the draw is the first k (one-based) whose cumulative probability exceeds u, or K
+// when rounding leaves the total at or below u. NaN (and no uniform used) for an empty vector or
+// a negative or non-finite probability.
+double CategoricalDraw(RandomEngine& rng, const Eigen::Ref<const Eigen::RowVectorXd>& p) {
+  const Eigen::Index categories = p.size();
+  if (categories == 0 || !p.allFinite() || (p.array() < 0.0).any()) {
+    return std::numeric_limits<double>::quiet_NaN();
+  }
+  const double u = rng.Uniform();
+  double cumulative = 0.0;
+  for (Eigen::Index k = 0; k < categories; ++k) {
+    cumulative += p(k);
+    if (u < cumulative) {
+      return static_cast<double>(k + 1);
+    }
+  }
+  return static_cast<double>(categories);
+}
+
+}  // namespace dist
