@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <string>
 #include <limits>
 #include <vector>
 
@@ -42,7 +43,25 @@ double MedianNanosecondsPerDraw(int runs, RandomEngine& rng, const std::function
 
 }  // namespace
 
-// Usage: tavix_draws_bench [runs] (default 5 timed runs per case).
+// R's figures for the same cases, from bench/draws.R, when Rscript is installed; empty otherwise.
+std::vector<double> RFigures(const char* program) {
+  std::vector<double> figures;
+  std::string script = program;
+  const auto slash = script.rfind('/');
+  script = (slash == std::string::npos ? std::string(".") : script.substr(0, slash)) +
+           "/../../bench/draws.R";
+  if (std::system("command -v Rscript >/dev/null 2>&1") != 0) return figures;
+  const std::string command = "Rscript --vanilla \"" + script + "\" 2>/dev/null";
+  FILE* pipe = popen(command.c_str(), "r");
+  if (!pipe) return figures;
+  double x = 0.0;
+  while (std::fscanf(pipe, "%lf", &x) == 1) figures.push_back(x);
+  pclose(pipe);
+  return figures;
+}
+
+// Usage: tavix_draws_bench [runs] (default 5 timed runs per case). With R installed, R's figures
+// for the same draws come from bench/draws.R in the same run, with the ratio of the two.
 int main(int argc, char** argv) {
   const int runs = argc > 1 ? std::max(1, std::atoi(argv[1])) : 5;
   RandomEngine rng;
@@ -61,9 +80,16 @@ int main(int argc, char** argv) {
        }},
       {"gamma(shape 2.5, rate 1)", [](RandomEngine& r) { return dist::GammaDraw(r, 2.5, 1.0); }},
   };
-  std::printf("| draw | ns per draw (median of %d runs of %ld) |\n|---|---|\n", runs, kDraws);
-  for (const Case& c : cases) {
-    std::printf("| %s | %.1f |\n", c.name, MedianNanosecondsPerDraw(runs, rng, c.draw, sink));
+  const std::vector<double> r = RFigures(argv[0]);
+  std::printf("| draw | ns per draw (median of %d runs of %ld) | R (ns) | R / Tavix |\n|---|---|---|---|\n",
+              runs, kDraws);
+  for (std::size_t k = 0; k < cases.size(); ++k) {
+    const double ns = MedianNanosecondsPerDraw(runs, rng, cases[k].draw, sink);
+    if (k < r.size()) {
+      std::printf("| %s | %.1f | %.1f | %.2f |\n", cases[k].name, ns, r[k], r[k] / ns);
+    } else {
+      std::printf("| %s | %.1f | not installed | |\n", cases[k].name, ns);
+    }
   }
   // Printing the sum keeps the draws observable.
   std::fprintf(stderr, "checksum %.6g\n", sink);
