@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr const char* kHeader = "TavixWorkspace 1";
+constexpr const char* kHeader = "TavixWorkspace 2";
 
 void WriteNumber(std::ostream& out, double x) {
   char text[32];
@@ -34,7 +34,11 @@ void WriteMatrix(std::ostream& out, const Eigen::MatrixXd& m) {
   }
 }
 
-void WriteText(std::ostream& out, const std::string& text) { out << text << '\n' << kEndOfString << '\n'; }
+// A string: its length in bytes on a line, the bytes, then the end marker on its own line. The
+// length makes any bytes safe, the marker included.
+void WriteText(std::ostream& out, const std::string& text) {
+  out << text.size() << '\n' << text << '\n' << kEndOfString << '\n';
+}
 
 void WriteDataset(std::ostream& out, const Dataset& d) {
   const DatasetStructure& s = d.Structure();
@@ -99,14 +103,29 @@ std::string ReadLine(std::istream& in) {
   return line;
 }
 
+// The bytes left in the stream: no record may claim more than that.
+std::streamoff Remaining(std::istream& in) {
+  const std::streampos here = in.tellg();
+  in.seekg(0, std::ios::end);
+  const std::streampos end = in.tellg();
+  in.seekg(here);
+  if (here < 0 || end < here) throw Malformed{};
+  return end - here;
+}
+
 std::string ReadText(std::istream& in) {
-  std::string text;
-  for (bool first = true;; first = false) {
-    std::string line = ReadLine(in);
-    if (line == kEndOfString) return text;
-    if (!first) text += '\n';
-    text += line;
+  const std::string lengthLine = ReadLine(in);
+  long long length = 0;
+  const auto [stop, error] =
+      std::from_chars(lengthLine.data(), lengthLine.data() + lengthLine.size(), length);
+  if (error != std::errc() || stop != lengthLine.data() + lengthLine.size() || length < 0 ||
+      length > Remaining(in)) {
+    throw Malformed{};
   }
+  std::string text(static_cast<std::size_t>(length), '\0');
+  if (!in.read(text.data(), length)) throw Malformed{};
+  if (ReadLine(in) != "" || ReadLine(in) != kEndOfString) throw Malformed{};
+  return text;
 }
 
 long long ReadInteger(std::istream& in) {
@@ -125,6 +144,10 @@ double ParseNumber(const std::string& word) {
 Eigen::MatrixXd ReadMatrix(std::istream& in) {
   const auto rows = static_cast<Eigen::Index>(ReadInteger(in));
   const auto cols = static_cast<Eigen::Index>(ReadInteger(in));
+  // Every element takes at least two bytes (a digit and a separator).
+  if (rows > 0 && cols > 0 && (rows > Remaining(in) || cols > Remaining(in) / 2 / rows)) {
+    throw Malformed{};
+  }
   Eigen::MatrixXd m(rows, cols);
   std::string word;
   for (Eigen::Index i = 0; i < rows; ++i) {
@@ -148,11 +171,13 @@ std::shared_ptr<Dataset> ReadDataset(std::istream& in) {
   structure.timeVariable = ReadText(in);
   structure.groupVariable = ReadText(in);
   const auto count = static_cast<std::size_t>(ReadInteger(in));
+  if (static_cast<std::streamoff>(count) > Remaining(in)) throw Malformed{};
   std::vector<std::string> names(count);
   std::vector<std::vector<std::string>> labels(count);
   for (std::size_t j = 0; j < count; ++j) {
     if (!(in >> names[j])) throw Malformed{};
     const auto n = static_cast<std::size_t>(ReadInteger(in));
+    if (static_cast<std::streamoff>(n) > Remaining(in)) throw Malformed{};
     in.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
     for (std::size_t k = 0; k < n; ++k) labels[j].push_back(ReadText(in));
   }
@@ -170,6 +195,7 @@ bool ReadValue(std::istream& in, std::string& name, TavixValue& value, int depth
 std::shared_ptr<TavixStructure> ReadStructure(std::istream& in, int depth) {
   if (depth > 1000) throw Malformed{};
   const auto count = ReadInteger(in);
+  if (count > Remaining(in)) throw Malformed{};
   in.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
   auto structure = std::make_shared<TavixStructure>();
   for (long long k = 0; k < count; ++k) {

@@ -14,6 +14,7 @@ inline constexpr const char* kEndOfString = "_#_end_of_string_#_";
 // the result counts them so the caller can say so.
 int SaveWorkspace(const Workspace& workspace, std::ostream& out);
 
-// Reads a file written by SaveWorkspace into `workspace`; false with `error` set when the file
+// Reads a file written by SaveWorkspace (the stream must be seekable: record sizes are checked
+// against what is left of it) into `workspace`; false with `error` set when the file
 // is not such a file (the workspace is then left unchanged).
 bool LoadWorkspace(std::istream& in, Workspace& workspace, std::string& error);

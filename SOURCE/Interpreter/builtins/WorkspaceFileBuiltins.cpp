@@ -32,11 +32,18 @@ TavixValue Save(const BuiltinCall& call) {
   if (error || (permissions & std::filesystem::perms::owner_write) == std::filesystem::perms::none) {
     call.Fail("Tavix does not have permission to write to \"" + directory.string() + "\"");
   }
-  std::ofstream out(file, std::ios::binary);
+  // Written beside the file and renamed over it at the end, so a failure never destroys an
+  // earlier save.
+  const std::string partial = file + ".partial";
+  std::ofstream out(partial, std::ios::binary);
   if (!out) call.Fail("File \"" + file + "\" cannot be opened for writing.");
   const int skipped = SaveWorkspace(call.Context().workspace(), out);
   out.close();
-  if (!out) call.Fail("File \"" + file + "\" cannot be opened for writing.");
+  std::filesystem::rename(partial, file, error);
+  if (!out || error) {
+    std::filesystem::remove(partial, error);
+    call.Fail("File \"" + file + "\" cannot be opened for writing.");
+  }
   if (skipped > 0) {
     call.Warn("Models cannot be saved yet: " + std::to_string(skipped) +
               " model(s) were left out of \"" + file + "\".");
