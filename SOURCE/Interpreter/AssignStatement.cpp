@@ -270,6 +270,8 @@ void AssignStatement::Execute(ExecContext& context) const {
 }
 
 void AssignStatement::Store(ExecContext& context, const TavixValue& rhs) const {
+  // A model statement that printed "UNKNOWN MODEL" yields nothing to store.
+  if (rhs.code == kind::UNKNOWN) return;
   if (indices.empty()) {
     AssignWhole(context, *this, rhs);
     return;

@@ -61,8 +61,10 @@ bool TavixParser::SignStartsNewElement() const {
   return blankBefore && !blankAfter;
 }
 
-// rhs_matrix: expr
-ExpressionPtr TavixParser::rhs_matrix(bool execute) { return expr(execute); }
+// rhs_matrix: model | expr
+ExpressionPtr TavixParser::rhs_matrix(bool execute) {
+  return StartsModel() ? model(execute) : expr(execute);
+}
 
 // expr: term (add_oper term)*
 ExpressionPtr TavixParser::expr(bool execute) {

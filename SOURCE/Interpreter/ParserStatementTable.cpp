@@ -68,6 +68,14 @@ const Row kStatementRows[] = {
     {tok::LOAD, {&TavixParser::builtin_statement, false}},
     {tok::MAXFIGURES, {&TavixParser::control_statement, false}},
     {tok::SETWD, {&TavixParser::control_statement, false}},
+    {tok::MODELS1, {&TavixParser::model_statement, false}},
+    {tok::MODELS2, {&TavixParser::model_statement, false}},
+    {tok::MODELS3, {&TavixParser::model_statement, false}},
+    {tok::MODELS4, {&TavixParser::model_statement, false}},
+    {tok::MODELS5, {&TavixParser::model_statement, false}},
+    {tok::MODELS6, {&TavixParser::model_statement, false}},
+    {tok::MODELS7, {&TavixParser::model_statement, false}},
+    {tok::MODELSJAGSBUGSSTAN, {&TavixParser::model_statement, false}},
 };
 
 std::array<Rule, tok::TOKEN_TYPE_COUNT> BuildTable() {

@@ -18,6 +18,10 @@
 #include "TokenStream.h"
 
 struct FunctionCallExpression;
+struct ModelExpression;
+struct ModelEquation;
+struct ModelOptionNode;
+struct ConstraintNode;
 
 // Raised instead of a report while an alternative is tried speculatively; Speculate catches it.
 struct BacktrackFailure {};
@@ -110,6 +114,26 @@ public:
   // Whether the next token is the keyword of a built-in function.
   bool StartsBuiltin() const;
   StatementPtr multi_assign(bool execute);
+
+  // Model statements.
+  bool StartsModel() const;
+  StatementPtr model_statement(bool execute);
+  ExpressionPtr model(bool execute);
+  ExpressionPtr model1(bool execute);
+  ExpressionPtr model2(bool execute);
+  ExpressionPtr model3(bool execute);
+  ExpressionPtr model4(bool execute);
+  ExpressionPtr model5(bool execute);
+  ExpressionPtr model6(bool execute);
+  ExpressionPtr model7(bool execute);
+  ExpressionPtr model_jagsbugsstan(bool execute);
+  ExpressionPtr list_model(int keywordType, bool execute);
+  ExpressionPtr series_model(int keywordType, bool execute);
+  ModelEquation model_equation();
+  void model_options(ModelExpression& node, bool execute);
+  ModelOptionNode model_option(const std::string& name, int nameIndex, bool execute);
+  std::vector<ConstraintNode> lconstr();
+  ConstraintNode constraint();
 
   // Session statements.
   StatementPtr tictoc_statement(bool execute);

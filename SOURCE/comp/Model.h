@@ -1,4 +1,5 @@
-// Model: the base of every estimated model: named result matrices and how it prints.
+// Model: an estimated model: what was estimated on which data, its draws per chain, their
+// summary and diagnostics, named result matrices, and how it prints.
 #pragma once
 
 #include <map>
@@ -8,30 +9,74 @@
 
 #include <Eigen/Dense>
 
+#include "McmcDiagnostics.h"
+
 class Dataset;
 class EventDispatcher;
 
+// What a model statement asked for, kept with the model for printing, saving and later actions.
+struct ModelDescription {
+  std::string typeName;  // the estimator's class name ("LM", "LM_HET", ...)
+  std::string keyword;   // the statement's keyword ("lm", ...)
+  std::string title;     // a line a user reads ("Linear regression model", ...)
+  std::string dependent;
+  std::vector<std::string> regressors;
+  std::vector<std::string> secondList;
+  std::string estimationTime;  // seconds, as text
+  long observations = 0;       // observations used
+  long observationsDropped = 0;  // left out for missing values
+  Eigen::VectorXd gibbs;         // draws, burn-in, chains, thinning, seed
+  std::vector<std::string> constraints;  // as typed, for printing
+};
+
 class Model {
 public:
+  Model() = default;
   virtual ~Model() = default;
 
-  // The model's kind, as results name it.
-  virtual std::string TypeName() const = 0;
-  // Prints the model's results; the base prints its type and the names of its results.
+  // The estimator's class name, as results name it.
+  virtual std::string TypeName() const { return m_description.typeName; }
+  // Prints the results: the model, the data, the sampler settings, then per parameter the
+  // posterior mean, standard deviation, 95% credible interval and convergence figures, then the
+  // log-marginal likelihoods.
   virtual void PrintResults(const EventDispatcher& out) const;
+  // Whether the model offers a post-estimation action ("mfx", "predict", ...).
+  virtual bool ProvidesAction(const std::string&) const { return false; }
+
+  // Sets the draws (one matrix per chain, columns labelled), computes their summary and
+  // diagnostics once, and adds the summary results.
+  void SetDraws(std::vector<Eigen::MatrixXd> draws, std::vector<std::string> labels);
+  const std::vector<Eigen::MatrixXd>& Draws() const { return m_draws; }
+  const std::vector<std::string>& Labels() const { return m_labels; }
+  const numerics::DrawSummary& Summary() const { return m_summary; }
+  // The pooled draws of one parameter (all chains, in order); empty when no such label.
+  Eigen::VectorXd ParameterDraws(const std::string& label) const;
+
+  ModelDescription& Description() { return m_description; }
+  const ModelDescription& Description() const { return m_description; }
 
   void AddResult(const std::string& name, Eigen::MatrixXd value);
   // Whether a member exists, and its kind code (results are matrices).
   bool HasMember(const std::string& name, int& code) const;
   std::shared_ptr<Eigen::MatrixXd> GetpMatrix(const std::string& name) const;
   std::vector<std::string> MemberNames() const;
+  // A scalar result, NaN when absent.
+  double ScalarResult(const std::string& name) const;
 
   void SetDataset(std::weak_ptr<Dataset> dataset, std::string name);
   const std::string& DatasetName() const { return m_datasetName; }
   std::shared_ptr<Dataset> GetDataset() const { return m_dataset.lock(); }
+  // The dataset the model was estimated on was cleared: the model stays, without its data.
+  void SetDatasetWasDeleted() { m_dataset.reset(); m_datasetDeleted = true; }
+  bool DatasetWasDeleted() const { return m_datasetDeleted; }
 
 private:
+  ModelDescription m_description;
   std::map<std::string, std::shared_ptr<Eigen::MatrixXd>> m_results;
+  std::vector<Eigen::MatrixXd> m_draws;
+  std::vector<std::string> m_labels;
+  numerics::DrawSummary m_summary;
   std::weak_ptr<Dataset> m_dataset;
   std::string m_datasetName;
+  bool m_datasetDeleted = false;
 };

@@ -1,0 +1,54 @@
+// Linear constraints of model statements: terms resolved against the coefficient labels.
+#include <set>
+
+#include "AstModels.h"
+
+std::string SecondListPrefix(const std::string& keyword) {
+  if (keyword == "lm") return "logtau";
+  if (keyword == "sf") return "u";
+  if (keyword == "sf_dyn" || keyword == "tobitII" || keyword == "tobitII_re") return "s";
+  return "TavixSystemVar_DefaultString";
+}
+
+std::string ResolveConstraints(const std::vector<ConstraintNode>& constraints,
+                               const std::vector<std::string>& labels,
+                               const std::vector<std::string>& secondLabels,
+                               LinearConstraints& out, const ConstraintNode*& failing) {
+  std::vector<std::string> all = labels;
+  all.insert(all.end(), secondLabels.begin(), secondLabels.end());
+  const auto count = static_cast<Eigen::Index>(constraints.size());
+  out.R = Eigen::MatrixXd::Zero(count, static_cast<Eigen::Index>(all.size()));
+  out.r = Eigen::VectorXd::Zero(count);
+  out.texts.clear();
+  for (Eigen::Index i = 0; i < count; ++i) {
+    const ConstraintNode& constraint = constraints[static_cast<std::size_t>(i)];
+    failing = &constraint;
+    std::set<std::size_t> used;
+    for (const ConstraintTerm& term : constraint.terms) {
+      std::vector<std::size_t> matches;
+      for (std::size_t j = 0; j < all.size(); ++j) {
+        const std::string& label = all[j];
+        const std::size_t dollar = label.find('$');
+        const std::string variable = dollar == std::string::npos ? label : label.substr(dollar + 1);
+        const bool matched = term.prefix.empty() ? variable == term.name
+                                                 : label == term.prefix + "$" + term.name;
+        if (matched) matches.push_back(j);
+      }
+      if (matches.empty()) {
+        return "There is no coefficient associated with variable \"" + term.name +
+               "\" in the current model.";
+      }
+      if (matches.size() > 1) {
+        return "The use of \"" + term.name + "\" in linear constraints is ambiguous. Use \"$\" to "
+               "distinguish among the multiple instances of \"" + term.name + "\" in the model.";
+      }
+      if (!used.insert(matches[0]).second) {
+        return "Variable \"" + term.name + "\" has been used multiple times in the current constraint.";
+      }
+      out.R(i, static_cast<Eigen::Index>(matches[0])) = term.coefficient;
+    }
+    out.r(i) = constraint.value;
+  }
+  failing = nullptr;
+  return "";
+}

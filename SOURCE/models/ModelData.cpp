@@ -1,0 +1,77 @@
+// ModelData: columns by name, "constant" as ones, rows with missing values left out.
+#include "ModelData.h"
+
+#include <cmath>
+
+#include "Dataset.h"
+
+namespace {
+
+// The column of one variable over all rows, or the message why it cannot be used.
+std::string Column(const ModelRequest& request, const std::string& name, Eigen::VectorXd& out) {
+  const Dataset& d = *request.dataset;
+  if (!d.VariableExists(name)) {
+    if (name == "constant") {
+      out = Eigen::VectorXd::Ones(d.NumberOfObservations());
+      return "OK";
+    }
+    return "Dataset \"" + request.datasetName + "\" does not have a variable named \"" + name + "\".";
+  }
+  if (d.IsStringVariable(name)) {
+    return "Variable \"" + name + "\" of dataset \"" + request.datasetName +
+           "\" is a string variable and cannot be used in a model.";
+  }
+  out = d.GetVariable(name);
+  return "OK";
+}
+
+std::string Columns(const ModelRequest& request, const std::vector<std::string>& names,
+                    Eigen::MatrixXd& out) {
+  out.resize(request.dataset->NumberOfObservations(), static_cast<Eigen::Index>(names.size()));
+  Eigen::VectorXd column;
+  for (std::size_t j = 0; j < names.size(); ++j) {
+    const std::string status = Column(request, names[j], column);
+    if (status != "OK") return status;
+    out.col(static_cast<Eigen::Index>(j)) = column;
+  }
+  return "OK";
+}
+
+}  // namespace
+
+std::string ExtractModelData(const ModelRequest& request, ModelData& data,
+                             const std::vector<std::string>& extraVariables) {
+  Eigen::VectorXd y;
+  Eigen::MatrixXd X, Z, extra;
+  std::string status = Column(request, request.dependent, y);
+  if (status == "OK") status = Columns(request, request.regressors, X);
+  if (status == "OK") status = Columns(request, request.secondList, Z);
+  if (status == "OK") status = Columns(request, extraVariables, extra);
+  if (status != "OK") return status;
+
+  const Eigen::Index n = y.size();
+  data.rows.clear();
+  for (Eigen::Index i = 0; i < n; ++i) {
+    const bool complete = !std::isnan(y(i)) && !X.row(i).array().isNaN().any() &&
+                          !Z.row(i).array().isNaN().any() && !extra.row(i).array().isNaN().any();
+    if (complete) data.rows.push_back(i);
+  }
+  if (data.rows.empty()) {
+    return "No observation of dataset \"" + request.datasetName +
+           "\" has values for every variable of the model.";
+  }
+  const auto used = static_cast<Eigen::Index>(data.rows.size());
+  data.dropped = static_cast<long>(n - used);
+  data.y.resize(used);
+  data.X.resize(used, X.cols());
+  data.Z.resize(used, Z.cols());
+  data.extra.resize(used, extra.cols());
+  for (Eigen::Index r = 0; r < used; ++r) {
+    const Eigen::Index i = data.rows[static_cast<std::size_t>(r)];
+    data.y(r) = y(i);
+    data.X.row(r) = X.row(i);
+    data.Z.row(r) = Z.row(i);
+    data.extra.row(r) = extra.row(i);
+  }
+  return "OK";
+}

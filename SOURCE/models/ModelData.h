@@ -1,0 +1,26 @@
+// ModelData: the columns a model uses, taken from its dataset.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <Eigen/Dense>
+
+#include "ModelFamily.h"
+
+// The dependent variable, the regressors of the two lists and any further variables a family
+// needs, over the observations that have a value for every one of them.
+struct ModelData {
+  Eigen::VectorXd y;
+  Eigen::MatrixXd X;      // main list
+  Eigen::MatrixXd Z;      // second list (no columns when there is none)
+  Eigen::MatrixXd extra;  // further variables, in the order asked for
+  std::vector<Eigen::Index> rows;  // the dataset's rows used (0-based)
+  long dropped = 0;                // rows left out for missing values
+};
+
+// Reads the request's variables from its dataset. "constant" is a column of ones unless the
+// dataset has a variable of that name. Returns "OK" or the message (a variable the dataset does
+// not have, a string variable, no complete observation).
+std::string ExtractModelData(const ModelRequest& request, ModelData& data,
+                             const std::vector<std::string>& extraVariables = {});
