@@ -133,6 +133,7 @@ TavixValue ModelExpression::Evaluate(ExecContext& context) const {
   description.regressors = request.regressors;
   description.secondList = request.secondList;
   description.constraints = request.constraints.texts;
+  model->AddResult("nobs", Eigen::MatrixXd::Constant(1, 1, static_cast<double>(description.observations)));
   model->SetDataset(request.dataset, request.datasetName);
   model->PrintResults(context.dispatcher());
   return TavixValue::FromModel(model);

@@ -46,9 +46,9 @@ void Model::SetDraws(std::vector<Eigen::MatrixXd> draws, std::vector<std::string
     pooled.middleRows(static_cast<Eigen::Index>(c) * kept, kept) = m_draws[c];
   }
   AddResult("draws", std::move(pooled));
-  AddResult("mean", m_summary.mean);
-  AddResult("sd", m_summary.sd);
-  AddResult("median", m_summary.median);
+  AddResult("post_mean", m_summary.mean);
+  AddResult("post_sd", m_summary.sd);
+  AddResult("post_median", m_summary.median);
   AddResult("lower", m_summary.lower);
   AddResult("upper", m_summary.upper);
   AddResult("ess", m_summary.ess);
