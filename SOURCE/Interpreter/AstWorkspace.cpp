@@ -4,6 +4,7 @@
 #include <map>
 
 #include "Dataset.h"
+#include "Model.h"
 #include "SystemGlobals.h"
 #include "ExecContext.h"
 #include "TavixStructure.h"
@@ -52,6 +53,13 @@ void ClearMember(ExecContext& context, const Node& at, const std::vector<std::st
   }
 }
 
+// Models estimated on a dataset that is being cleared stay, knowing that their data are gone.
+void NotifyModelsOfDataset(Workspace& ws, const std::shared_ptr<Dataset>& dataset) {
+  for (auto& [name, model] : ws.models) {
+    if (model->GetDataset() == dataset) model->SetDatasetWasDeleted();
+  }
+}
+
 }  // namespace
 
 void ClearStatement::Execute(ExecContext& context) const {
@@ -59,7 +67,10 @@ void ClearStatement::Execute(ExecContext& context) const {
   switch (collection) {
     case tok::ALL: ws.Clear(); return;
     case tok::MATRICES: ws.ClearKind(kind::MATRIX); return;
-    case tok::DATASETS: ws.ClearKind(kind::DATASET); return;
+    case tok::DATASETS:
+      for (const auto& [name, dataset] : ws.datasets) NotifyModelsOfDataset(ws, dataset);
+      ws.ClearKind(kind::DATASET);
+      return;
     case tok::MODELS: ws.ClearKind(kind::MODEL); return;
     case tok::STRUCTURES: ws.ClearKind(kind::STRUCTURE); return;
     case tok::STRINGS: ws.ClearKind(kind::STRING); return;
@@ -70,6 +81,9 @@ void ClearStatement::Execute(ExecContext& context) const {
     const int code = ws.ID_code(name);
     if (code == kind::UNKNOWN) context.Fail(*this, "Symbol \"" + name + "\" is not defined.");
     if (path.size() == 1) {
+      if (const auto it = ws.datasets.find(name); it != ws.datasets.end()) {
+        NotifyModelsOfDataset(ws, it->second);
+      }
       ws.Remove(name);
       continue;
     }

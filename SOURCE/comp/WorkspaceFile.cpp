@@ -9,13 +9,16 @@
 #include <sstream>
 
 #include "Dataset.h"
+#include "Model.h"
 #include "TavixStructure.h"
 #include "ValueKind.h"
 #include "Workspace.h"
 
 namespace {
 
-constexpr const char* kHeader = "TavixWorkspace 2";
+constexpr const char* kHeader = "TavixWorkspace 3";
+// Files of the previous version hold no models and read the same way.
+constexpr const char* kPreviousHeader = "TavixWorkspace 2";
 
 void WriteNumber(std::ostream& out, double x) {
   char text[32];
@@ -54,6 +57,35 @@ void WriteDataset(std::ostream& out, const Dataset& d) {
   WriteMatrix(out, d.Data());
 }
 
+void WriteTexts(std::ostream& out, const std::vector<std::string>& texts) {
+  out << texts.size() << '\n';
+  for (const auto& text : texts) WriteText(out, text);
+}
+
+// A model: what was estimated, its dataset's name, its draws per chain with their labels, and
+// its named results.
+void WriteModel(std::ostream& out, const Model& m) {
+  const ModelDescription& d = m.Description();
+  for (const std::string* text : {&d.typeName, &d.keyword, &d.title, &d.dependent, &d.estimationTime,
+                                  &m.DatasetName()}) {
+    WriteText(out, *text);
+  }
+  WriteTexts(out, d.regressors);
+  WriteTexts(out, d.secondList);
+  WriteTexts(out, d.constraints);
+  out << d.observations << ' ' << d.observationsDropped << ' ' << (m.DatasetWasDeleted() ? 1 : 0) << '\n';
+  WriteMatrix(out, d.gibbs);
+  WriteTexts(out, m.Labels());
+  out << m.Draws().size() << '\n';
+  for (const auto& chain : m.Draws()) WriteMatrix(out, chain);
+  const auto names = m.MemberNames();
+  out << names.size() << '\n';
+  for (const auto& name : names) {
+    WriteText(out, name);
+    WriteMatrix(out, *m.GetpMatrix(name));
+  }
+}
+
 void WriteValue(std::ostream& out, const std::string& name, const TavixValue& value, int& models);
 
 void WriteStructure(std::ostream& out, const TavixStructure& s, int& models) {
@@ -86,6 +118,10 @@ void WriteValue(std::ostream& out, const std::string& name, const TavixValue& va
     case kind::STRUCTURE:
       out << "structure " << name << '\n';
       WriteStructure(out, *value.structure, models);
+      break;
+    case kind::MODEL:
+      out << "model " << name << '\n';
+      WriteModel(out, *value.model);
       break;
     default:
       out << "skipped " << name << '\n';
@@ -189,6 +225,61 @@ std::shared_ptr<Dataset> ReadDataset(std::istream& in) {
   return dataset;
 }
 
+std::vector<std::string> ReadTexts(std::istream& in) {
+  const auto count = ReadInteger(in);
+  if (count > Remaining(in)) throw Malformed{};
+  in.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
+  std::vector<std::string> texts;
+  for (long long k = 0; k < count; ++k) texts.push_back(ReadText(in));
+  return texts;
+}
+
+// A model as WriteModel wrote it; its dataset is linked by name once the whole file is read.
+std::shared_ptr<Model> ReadModel(std::istream& in, std::string& datasetName, bool& datasetDeleted) {
+  auto model = std::make_shared<Model>();
+  ModelDescription& d = model->Description();
+  for (std::string* text : {&d.typeName, &d.keyword, &d.title, &d.dependent, &d.estimationTime,
+                            &datasetName}) {
+    *text = ReadText(in);
+  }
+  d.regressors = ReadTexts(in);
+  d.secondList = ReadTexts(in);
+  d.constraints = ReadTexts(in);
+  d.observations = static_cast<long>(ReadInteger(in));
+  d.observationsDropped = static_cast<long>(ReadInteger(in));
+  datasetDeleted = ReadInteger(in) != 0;
+  const Eigen::MatrixXd gibbs = ReadMatrix(in);
+  d.gibbs = gibbs.reshaped();
+  std::vector<std::string> labels = ReadTexts(in);
+  const auto chains = ReadInteger(in);
+  if (chains > Remaining(in)) throw Malformed{};
+  std::vector<Eigen::MatrixXd> draws;
+  for (long long c = 0; c < chains; ++c) {
+    draws.push_back(ReadMatrix(in));
+    if (draws.back().cols() != static_cast<Eigen::Index>(labels.size()) ||
+        draws.back().rows() != draws.front().rows()) {
+      throw Malformed{};
+    }
+  }
+  model->SetDraws(std::move(draws), std::move(labels));
+  const auto results = ReadInteger(in);
+  if (results > Remaining(in)) throw Malformed{};
+  in.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
+  for (long long k = 0; k < results; ++k) {
+    const std::string name = ReadText(in);
+    model->AddResult(name, ReadMatrix(in));
+  }
+  return model;
+}
+
+// Models read from a file, with the names of their datasets, linked once every record is read.
+struct PendingModel {
+  std::shared_ptr<Model> model;
+  std::string datasetName;
+  bool datasetDeleted = false;
+};
+thread_local std::vector<PendingModel>* t_pendingModels = nullptr;
+
 // One record: its kind word and name, then the value; false for a skipped record.
 bool ReadValue(std::istream& in, std::string& name, TavixValue& value, int depth);
 
@@ -214,6 +305,12 @@ bool ReadValue(std::istream& in, std::string& name, TavixValue& value, int depth
   else if (word == "string") value = TavixValue::FromString(ReadText(in));
   else if (word == "dataset") value = TavixValue::FromDataset(ReadDataset(in));
   else if (word == "structure") value = TavixValue::FromStructure(ReadStructure(in, depth));
+  else if (word == "model") {
+    PendingModel pending;
+    pending.model = ReadModel(in, pending.datasetName, pending.datasetDeleted);
+    value = TavixValue::FromModel(pending.model);
+    if (t_pendingModels) t_pendingModels->push_back(std::move(pending));
+  }
   else if (word == "skipped") return false;
   else throw Malformed{};
   return true;
@@ -230,14 +327,20 @@ int SaveWorkspace(const Workspace& ws, std::ostream& out) {
   for (const auto& [name, s] : ws.structures) {
     WriteValue(out, name, TavixValue::FromStructure(s), models);
   }
-  models += static_cast<int>(ws.models.size());
+  for (const auto& [name, m] : ws.models) WriteValue(out, name, TavixValue::FromModel(m), models);
   return models;
 }
 
 bool LoadWorkspace(std::istream& in, Workspace& workspace, std::string& error) {
   Workspace loaded;
+  std::vector<PendingModel> pending;
+  t_pendingModels = &pending;
+  struct Reset {
+    ~Reset() { t_pendingModels = nullptr; }
+  } reset;
   try {
-    if (ReadLine(in) != kHeader) throw Malformed{};
+    const std::string header = ReadLine(in);
+    if (header != kHeader && header != kPreviousHeader) throw Malformed{};
     while (in.peek() != std::char_traits<char>::eof()) {
       std::string name;
       TavixValue value;
@@ -254,5 +357,16 @@ bool LoadWorkspace(std::istream& in, Workspace& workspace, std::string& error) {
   for (const auto& [name, s] : loaded.strings) workspace.Store(name, TavixValue::FromString(s));
   for (const auto& [name, d] : loaded.datasets) workspace.Store(name, TavixValue::FromDataset(d));
   for (const auto& [name, s] : loaded.structures) workspace.Store(name, TavixValue::FromStructure(s));
+  for (const auto& [name, m] : loaded.models) workspace.Store(name, TavixValue::FromModel(m));
+  // Each model finds its dataset again by name; a dataset that is gone leaves the model without data.
+  for (const PendingModel& p : pending) {
+    const auto it = workspace.datasets.find(p.datasetName);
+    if (it != workspace.datasets.end() && !p.datasetDeleted) {
+      p.model->SetDataset(it->second, p.datasetName);
+    } else {
+      p.model->SetDataset({}, p.datasetName);
+      p.model->SetDatasetWasDeleted();
+    }
+  }
   return true;
 }

@@ -1,5 +1,6 @@
 // Writing a workspace to a file and reading it back: matrices, strings, datasets (with their
-// string variables and structure) and structures, nested to any depth.
+// string variables and structure), models (with their draws, results and the name of their
+// dataset) and structures, nested to any depth.
 #pragma once
 
 #include <iosfwd>
@@ -10,8 +11,8 @@ class Workspace;
 // The marker line that ends every string value in the file.
 inline constexpr const char* kEndOfString = "_#_end_of_string_#_";
 
-// Writes every matrix, string, dataset and structure of the workspace. Models are not written;
-// the result counts them so the caller can say so.
+// Writes every matrix, string, dataset, model and structure of the workspace. Returns the number
+// of values that could not be written (none of the kinds above).
 int SaveWorkspace(const Workspace& workspace, std::ostream& out);
 
 // Reads a file written by SaveWorkspace (the stream must be seekable: record sizes are checked

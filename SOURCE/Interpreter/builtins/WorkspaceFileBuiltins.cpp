@@ -45,8 +45,7 @@ TavixValue Save(const BuiltinCall& call) {
     call.Fail("File \"" + file + "\" cannot be opened for writing.");
   }
   if (skipped > 0) {
-    call.Warn("Models cannot be saved yet: " + std::to_string(skipped) +
-              " model(s) were left out of \"" + file + "\".");
+    call.Warn(std::to_string(skipped) + " value(s) of an unknown kind were left out of \"" + file + "\".");
   }
   return {};
 }

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "Dataset.h"
+#include "Model.h"
 #include "TavixStructure.h"
 #include "ValueKind.h"
 #include "Workspace.h"
@@ -61,6 +62,62 @@ TEST(WorkspaceFile, ValuesSurviveARoundTrip) {
   EXPECT_EQ(*s2->GetpString("name"), "");
 }
 
+namespace {
+
+// A small estimated model on dataset `d`: two chains of draws, a result, a description.
+std::shared_ptr<Model> SmallModel(const std::shared_ptr<Dataset>& d) {
+  auto model = std::make_shared<Model>();
+  model->Description().typeName = "LM";
+  model->Description().keyword = "lm";
+  model->Description().dependent = "y";
+  model->Description().regressors = {"constant", "x"};
+  model->Description().constraints = {"x = 1"};
+  model->Description().observations = 3;
+  model->Description().gibbs = (Eigen::VectorXd(5) << 4, 1, 2, 1, 42).finished();
+  model->SetDraws({Eigen::MatrixXd::Random(4, 3), Eigen::MatrixXd::Random(4, 3)},
+                  {"y$constant", "y$x", "tau"});
+  model->AddResult("logML", Eigen::MatrixXd::Constant(1, 1, -12.25));
+  model->SetDataset(d, "d");
+  return model;
+}
+
+}  // namespace
+
+TEST(WorkspaceFile, ModelsKeepTheirDrawsResultsAndDataset) {
+  Workspace ws;
+  auto d = std::make_shared<Dataset>(std::vector<std::string>{"y", "x"}, Eigen::MatrixXd::Random(3, 2));
+  ws.Store("d", TavixValue::FromDataset(d));
+  const auto model = SmallModel(d);
+  ws.Store("m", TavixValue::FromModel(model));
+  // A model whose dataset is not in the file comes back without data.
+  auto orphan = SmallModel(std::make_shared<Dataset>());
+  orphan->SetDataset(std::make_shared<Dataset>(), "gone");
+  auto holder = std::make_shared<TavixStructure>();
+  holder->AddModel("inner", orphan);
+  ws.Store("s", TavixValue::FromStructure(holder));
+
+  std::stringstream file;
+  EXPECT_EQ(SaveWorkspace(ws, file), 0);
+  Workspace back;
+  std::string error;
+  ASSERT_TRUE(LoadWorkspace(file, back, error)) << error;
+  const Model& m = *back.models.at("m");
+  ASSERT_EQ(m.Draws().size(), 2u);
+  EXPECT_EQ(m.Draws()[1], model->Draws()[1]);
+  EXPECT_EQ(m.Labels(), model->Labels());
+  EXPECT_EQ(m.ScalarResult("logML"), -12.25);
+  EXPECT_EQ(*m.GetpMatrix("post_mean"), *model->GetpMatrix("post_mean"));
+  EXPECT_EQ(m.Description().regressors, model->Description().regressors);
+  EXPECT_EQ(m.Description().constraints, model->Description().constraints);
+  EXPECT_EQ(m.Description().gibbs, model->Description().gibbs);
+  EXPECT_EQ(m.GetDataset(), back.datasets.at("d"));
+  EXPECT_FALSE(m.DatasetWasDeleted());
+  const auto inner = back.structures.at("s")->GetpModel("inner");
+  ASSERT_TRUE(inner);
+  EXPECT_TRUE(inner->DatasetWasDeleted());
+  EXPECT_EQ(inner->DatasetName(), "gone");
+}
+
 TEST(WorkspaceFile, DamagedFilesAreRefusedWithoutChanges) {
   Workspace ws;
   ws.Store("keep", TavixValue::FromScalar(1.0));
@@ -89,6 +146,7 @@ TEST(WorkspaceFile, MutatedFilesNeverCrash) {
   auto s = std::make_shared<TavixStructure>();
   s->AddMatrix("v", std::make_shared<Eigen::MatrixXd>(Eigen::Vector2d(1, 2)));
   ws.Store("s", TavixValue::FromStructure(s));
+  ws.Store("model", TavixValue::FromModel(SmallModel(d)));
   std::ostringstream saved;
   SaveWorkspace(ws, saved);
   const std::string good = saved.str();
