@@ -131,7 +131,18 @@ double DrawUpper(RandomEngine& rng, double a, double b) {
       }
     }
   }
-  // In the tail: the shifted exponential of rate lambda (the rate that maximises the acceptance
+  // In an unbounded tail from 2 sd on: Marsaglia's method, x = sqrt(a^2 - 2 log u) accepted when
+  // v x < a, which needs no exponential and accepts at least 84% of proposals there.
+  if (!std::isfinite(b) && a >= 2.0 && a < 1e150) {
+    const double a2 = a * a;
+    for (;;) {
+      const double x = std::sqrt(a2 - 2.0 * std::log(1.0 - rng.Uniform()));
+      if (rng.Uniform() * x < a) {
+        return x;
+      }
+    }
+  }
+  // In a bounded tail: the shifted exponential of rate lambda (the rate that maximises the acceptance
   // on [a, inf)), truncated at b by inversion, accepted with probability
   // exp(-((z - lambda)^2 - (m - lambda)^2) / 2) where m is the point of [a, b] nearest lambda.
   // hypot keeps lambda finite for bounds whose square overflows (a tiny sd).
@@ -209,8 +220,9 @@ double TruncatedNormalCdf(double x, double mean, double sd, double lower, double
 }
 
 // An exact draw on [lower, upper]: normal or half-normal rejection where the interval holds
-// enough mass, uniform proposals on short intervals near the mean, and the exponential proposal
-// in a tail (Robert, 1995), which stays fast however far out the bound is. NaN for invalid
+// enough mass, uniform proposals on short intervals near the mean, Marsaglia's method in an
+// unbounded tail and the exponential proposal in a bounded one (Robert, 1995), both fast however
+// far out the bound is. NaN for invalid
 // parameters.
 double TruncatedNormalDraw(RandomEngine& rng, double mean, double sd, double lower, double upper) {
   const Standardised s = Standardise(mean, sd, lower, upper);
