@@ -8,8 +8,10 @@ PACKAGES=(
   build-essential cmake ninja-build pkgconf ccache
   # libraries of the core
   libeigen3-dev libboost-math-dev libcurl4-openssl-dev
-  # tests and helper scripts
-  libgtest-dev python3
+  # the window front end and the terminal console
+  libwxgtk3.2-dev libedit-dev
+  # tests and helper scripts; the window is tested under a virtual X server
+  libgtest-dev python3 xvfb xauth x11-utils imagemagick
 )
 
 # True when dpkg knows the package as fully installed.
