@@ -112,7 +112,8 @@ Moments MomentsOf(Span x) {
     deviations += d;
   }
   m.mean = mean + deviations / n;
-  m.variance = x.size() > 1 ? std::max(0.0, squares - deviations * deviations / n) / (n - 1.0) : kNaN;
+  m.variance =
+      x.size() > 1 ? std::max(0.0, squares - deviations * deviations / n) / (n - 1.0) : kNaN;
   return m;
 }
 
@@ -317,6 +318,7 @@ private:
   std::vector<double> m_back;
 };
 
+// Effective sample size of one column, with the conventions for degenerate columns.
 double ColumnEss(const std::vector<Span>& column, const ColumnState& state,
                  MixingEstimator& estimator) {
   if (column.empty()) return kNaN;
@@ -328,9 +330,10 @@ double ColumnEss(const std::vector<Span>& column, const ColumnState& state,
   return total / estimator.Estimate(column).tau;
 }
 
+// Geweke's z-score of one chain's column.
 double ColumnGeweke(Span x, double first, double last, MixingEstimator& estimator) {
-  const bool validFractions = first > 0.0 && first < 1.0 && last > 0.0 && last < 1.0 &&
-                              first + last <= 1.0;
+  const bool validFractions =
+      first > 0.0 && first < 1.0 && last > 0.0 && last < 1.0 && first + last <= 1.0;
   if (!validFractions) return kNaN;
   const double n = static_cast<double>(x.size());
   // The small allowance keeps fractions such as 0.1 of 100 from rounding down a whole draw.
@@ -348,11 +351,12 @@ double ColumnGeweke(Span x, double first, double last, MixingEstimator& estimato
   };
   const Moments ma = MomentsOf(a);
   const Moments mb = MomentsOf(b);
-  const double variance = longRun(a, ma) / static_cast<double>(countA) +
-                          longRun(b, mb) / static_cast<double>(countB);
+  const double variance =
+      longRun(a, ma) / static_cast<double>(countA) + longRun(b, mb) / static_cast<double>(countB);
   return (ma.mean - mb.mean) / std::sqrt(variance);
 }
 
+// Split R-hat of one column over all chains.
 double ColumnRHat(const std::vector<Span>& column, const ColumnState& state) {
   const std::size_t m = column.size();
   if (m < 2 || !state.finite) return kNaN;
@@ -386,7 +390,8 @@ DrawSummary SummarizeDraws(const std::vector<Eigen::MatrixXd>& chains) {
   const Index k = layout.cols;
   const auto chainCount = static_cast<Index>(chains.size());
   DrawSummary s;
-  for (Eigen::VectorXd* v : {&s.mean, &s.sd, &s.median, &s.lower, &s.upper, &s.ess, &s.mcse, &s.rhat}) {
+  for (Eigen::VectorXd* v :
+       {&s.mean, &s.sd, &s.median, &s.lower, &s.upper, &s.ess, &s.mcse, &s.rhat}) {
     v->setConstant(k, kNaN);
   }
   s.geweke.setConstant(k, chainCount, kNaN);
@@ -455,7 +460,8 @@ Eigen::VectorXd SplitRHat(const std::vector<Eigen::MatrixXd>& chains) {
 
 double Quantile(std::vector<double> values, double p) {
   if (values.empty() || !(p >= 0.0 && p <= 1.0)) return kNaN;
-  if (std::any_of(values.begin(), values.end(), [](double v) { return std::isnan(v); })) return kNaN;
+  if (std::any_of(values.begin(), values.end(), [](double v) { return std::isnan(v); }))
+    return kNaN;
   double result = kNaN;
   SortedQuantiles(values, {&p, 1}, &result);
   return result;

@@ -40,13 +40,15 @@ DrawSummary SummarizeDraws(const std::vector<Eigen::MatrixXd>& chains);
 // Effective sample size of each column over all chains (autocorrelations averaged across chains,
 // Geyer's initial monotone positive sequence).
 //
-// Autocovariances come from an FFT of each zero-padded chain, so the cost is O(n log n) per
-// chain and column. With W the mean within-chain variance (divisor n) and var+ = W + (variance of
-// the chain means), the autocorrelation at lag t is 1 - (W - mean autocovariance at t) / var+,
-// which for one chain is its own autocorrelation; the autocorrelations are summed in adjacent pairs while the pair sums stay positive, each pair sum
-// cut to at most the previous one. The result, N / (-1 + 2 sum of pairs) with N the number of
-// draws of all chains, exceeds N for antithetic chains; it is capped at N log10(N) (and at least
-// N for N < 10), which also covers a pair sum too negative to give a positive denominator.
+// With W the mean within-chain variance (divisor n) and var+ = W + (variance of the chain means),
+// the autocorrelation at lag t is 1 - (W - mean autocovariance at t) / var+, which for one chain
+// is its own autocorrelation. The autocorrelations are summed in adjacent pairs while the pair
+// sums stay positive, each pair sum cut to at most the previous one. The first lags come from
+// direct sums, enough for a well-mixing chain; beyond them an FFT of the zero-padded chain gives
+// the rest, so the cost is O(n log n) per chain and column. The result, N / (-1 + 2 sum of
+// pairs) with N the number of draws of all chains, exceeds N for antithetic chains; it is capped
+// at N log10(N) (and at N when N < 10), which also covers a sum too negative to give a positive
+// denominator.
 Eigen::VectorXd EffectiveSampleSize(const std::vector<Eigen::MatrixXd>& chains);
 
 // Geweke's z-score of each column of one chain: mean of the first `first` fraction against the mean
