@@ -121,6 +121,12 @@ void SessionCommand::Execute(ExecContext& context) const {
       if (value.string->find_first_not_of(' ') == std::string::npos) {
         context.Fail(*this, "The string passed to \"system\" is either empty or contains only spaces.");
       }
+      if (context.session().postToFrontEnd) {
+        // With a window, the program runs beside it and its output reaches the console as it comes.
+        context.dispatcher().Print("Output from system console:\n\n");
+        context.RequestFrontEnd(*this, {FrontEndRequest::Kind::RunExternal, *value.string});
+        return;
+      }
       context.dispatcher().Print("Output from system console:\n\n" + ShellOutput(*value.string));
       return;
     }
@@ -134,6 +140,8 @@ void SessionCommand::Execute(ExecContext& context) const {
                               "seconds.");
         }
         InterruptibleSleep(context, (*value.matrix)(0, 0));
+      } else if (context.session().postToFrontEnd) {
+        context.RequestFrontEnd(*this, {FrontEndRequest::Kind::Pause, {}});
       } else if (isatty(STDIN_FILENO)) {
         // Without a window, a terminal waits for Enter; a run fed from a pipe or file goes on.
         context.dispatcher().Print("Paused: press Enter to continue.\n");

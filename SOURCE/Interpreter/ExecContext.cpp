@@ -55,3 +55,21 @@ ExecContext::NestingScope::NestingScope(ExecContext& context, const Node& at)
   }
   ++m_session.nesting;
 }
+
+void ExecContext::RequestFrontEnd(const Node& at, const FrontEndRequest& request) const {
+  Session& session = m_session;
+  {
+    std::lock_guard lock(session.externalMutex);
+    session.externalBusy = true;
+    session.plotError = false;
+  }
+  session.postToFrontEnd(request);
+  {
+    std::unique_lock lock(session.externalMutex);
+    session.externalCondition.wait(lock, [&] {
+      return !session.externalBusy || session.interruptRequested.load();
+    });
+  }
+  CheckInterrupt();
+  if (session.plotError) Fail(at, session.plotErrorMessage);
+}

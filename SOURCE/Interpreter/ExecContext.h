@@ -42,6 +42,9 @@ public:
   void InternalError(const std::string& tag) const;
   // Throws TavixInterrupted when the user asked to stop.
   void CheckInterrupt() const;
+  // Hands a request to the window front end and waits until it is done or the user stops the
+  // job; a refusal of the front end is raised as the error of `at`.
+  void RequestFrontEnd(const Node& at, const FrontEndRequest& request) const;
 
   // While alive, the statement starting at token `first` is the running one (for statements
   // that run while they are read, such as compound statements at the top level).

@@ -22,7 +22,7 @@ void RunProgram(Session& session, Workspace& workspace, std::string code,
 }
 
 JobOutcome RunJob(Session& session, std::string code, const std::string& inputName,
-                  long firstLine) {
+                  long firstLine, const std::function<void()>& beforeEnable) {
   const EventDispatcher& out = session.dispatcher;
   const bool gui = Tavix_SYSTEM_NAMESPACE::RUN_GUI;
   if (gui) out.DisableRunButton();
@@ -35,6 +35,7 @@ JobOutcome RunJob(Session& session, std::string code, const std::string& inputNa
     outcome = JobOutcome::Failed;
   } catch (const TavixInterrupted&) {
     if (gui) {
+      if (beforeEnable) beforeEnable();
       out.EnableRunButton();
     } else {
       out.PrintError("Operation interrupted.\n");
@@ -51,6 +52,7 @@ JobOutcome RunJob(Session& session, std::string code, const std::string& inputNa
   }
   if (gui) {
     out.UpdateGUI();
+    if (beforeEnable) beforeEnable();
     out.EnableRunButton();
   } else {
     out.Print(kExitingLine, false);

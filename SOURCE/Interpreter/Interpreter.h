@@ -1,6 +1,7 @@
 // Running code: a program over one text, and a job as a front end submits it.
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "Session.h"
@@ -22,8 +23,10 @@ enum class JobOutcome { Completed, Failed, Interrupted };
 // and enables the run button; in a batch run it prints "\n\nTavix is exiting...\n" and asks the
 // program to exit. An interrupted job only enables the run button with a window; in a batch run
 // it says "Operation interrupted." before the exiting line.
+// `beforeEnable`, when given, runs just before the run button is enabled again (a window clears
+// its job-running flag there).
 JobOutcome RunJob(Session& session, std::string code, const std::string& inputName,
-                  long firstLine);
+                  long firstLine, const std::function<void()>& beforeEnable = {});
 
 // The line printed when a batch run ends.
 inline constexpr const char* kExitingLine = "\n\nTavix is exiting...\n";

@@ -134,3 +134,9 @@ int KeywordType(std::string_view word) {
   const auto it = table.find(word);
   return it == table.end() ? tok::ID : it->second;
 }
+
+std::vector<std::string> KeywordWords() {
+  std::vector<std::string> words;
+  for (const Keyword& keyword : kKeywords) words.emplace_back(keyword.word);
+  return words;
+}

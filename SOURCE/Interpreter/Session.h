@@ -3,9 +3,12 @@
 
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <ctime>
+#include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 
 #include "EventDispatcher.h"
@@ -13,6 +16,13 @@
 #include "Workspace.h"
 
 struct FunctionDefinition;
+
+// Something a running job asks of a window front end and waits for: the Continue dialog of
+// `pause`, or an external program whose output goes to the console while it runs.
+struct FrontEndRequest {
+  enum class Kind { Pause, RunExternal } kind = Kind::Pause;
+  std::string command;  // the command line of an external program
+};
 
 // Owned by a front end for the life of the program; every job and every parser borrows it.
 // Only the job that runs touches it; the front end reads it when no job runs.
@@ -33,6 +43,14 @@ struct Session {
   // How deeply scripts run inside scripts (eval, run, user functions), to stop runaway recursion.
   int nesting = 0;
   static constexpr int kMaxNesting = 100;
+  // A window front end sets this to receive requests (on its own thread, by queueing them); a
+  // batch run leaves it empty. The job waits on `externalCondition` while `externalBusy` is set;
+  // the front end clears it (under `externalMutex`) and notifies when the request is done,
+  // setting `plotError` and `plotErrorMessage` when it refused.
+  std::function<void(const FrontEndRequest&)> postToFrontEnd;
+  std::mutex externalMutex;
+  std::condition_variable externalCondition;
+  bool externalBusy = false;
   // User functions defined in the session, by name.
   std::map<std::string, std::shared_ptr<const FunctionDefinition>> functions;
 };

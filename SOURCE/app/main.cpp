@@ -1,10 +1,14 @@
-// The tavix executable: `tavix script.tvx` runs a script headless.
+// The tavix executable: without arguments the window; `tavix script.tvx` runs a script headless;
+// `tavix --terminal` is a console in the terminal.
+#include <cstring>
 #include <filesystem>
 #include <iostream>
 #include <memory>
 
 #include "BatchRunner.h"
 #include "ConsoleSink.h"
+#include "TavixApp.h"
+#include "TerminalConsole.h"
 
 namespace {
 
@@ -19,14 +23,19 @@ std::string ProgramDirectory(const char* argv0) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 2) {
-    std::cout << "Usage: tavix script.tvx\n"
-                 "Runs the script without a window and prints its output.\n";
-    return 2;
+  const std::string programDirectory = ProgramDirectory(argv[0]);
+  if (argc < 2) return RunGui(argc, argv, programDirectory);
+  if (std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0) {
+    std::cout << "Usage: tavix                 opens the window\n"
+                 "       tavix script.tvx      runs the script without a window and prints its output\n"
+                 "       tavix --terminal      a console in the terminal\n";
+    return 0;
   }
   Session session;
   session.dispatcher = EventDispatcher(std::make_shared<ConsoleSink>());
-  InitializeBatch(session, ProgramDirectory(argv[0]));
+  if (std::strcmp(argv[1], "--terminal") == 0) return RunTerminalConsole(session, programDirectory);
+  // A batch run never starts the window toolkit.
+  InitializeBatch(session, programDirectory);
   InstallInterruptHandler(session);
   return RunBatchScript(session, argv[1]);
 }

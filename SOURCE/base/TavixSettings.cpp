@@ -1,6 +1,10 @@
 // TavixSettings: reading and writing the settings file.
 #include "TavixSettings.h"
 
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+
 #include <algorithm>
 #include <fstream>
 
@@ -101,4 +105,26 @@ void TavixSettings::ApplyToGlobals() const {
   sys::GLOBAL::DirectoryOCTAVE = directoryOCTAVE;
   sys::GLOBAL::DirectoryMATLAB = directoryMATLAB;
   sys::GLOBAL::DirectorySTATA = directorySTATA;
+}
+
+std::string TavixSettings::Folder(const std::string& programDirectory) {
+  namespace fs = std::filesystem;
+  std::error_code error;
+  const fs::path program(programDirectory);
+  const fs::path probe = program / ".tavix_write_test";
+  if (std::FILE* f = std::fopen(probe.string().c_str(), "w")) {
+    std::fclose(f);
+    fs::remove(probe, error);
+    return program.string();
+  }
+  const char* xdg = std::getenv("XDG_CONFIG_HOME");
+  const char* home = std::getenv("HOME");
+  const fs::path folder = (xdg && *xdg) ? fs::path(xdg) / "tavix"
+                          : home        ? fs::path(home) / ".config" / "tavix"
+                                        : program;
+  fs::create_directories(folder, error);
+  if (!fs::exists(folder / "Tavix.init") && fs::exists(program / "Tavix.init")) {
+    fs::copy_file(program / "Tavix.init", folder / "Tavix.init", error);
+  }
+  return folder.string();
 }

@@ -43,6 +43,11 @@ struct TavixSettings {
   // written as forward slashes.
   bool Write(const std::string& path) const;
 
+  // The folder of the settings file and the histories: the executable's folder when it is
+  // writable (a build or a private copy), else the user's configuration folder, which starts
+  // from the executable's settings file when it has none.
+  static std::string Folder(const std::string& programDirectory);
+
   // Copies the directories into the program-wide globals.
   void ApplyToGlobals() const;
 

@@ -94,3 +94,13 @@ void Workspace::Clear() {
   strings.clear();
   ++m_generation;
 }
+
+std::vector<std::string> Workspace::Names() const {
+  std::vector<std::string> names;
+  for (const auto& [name, value] : matrices) names.push_back(name);
+  for (const auto& [name, value] : datasets) names.push_back(name);
+  for (const auto& [name, value] : models) names.push_back(name);
+  for (const auto& [name, value] : structures) names.push_back(name);
+  for (const auto& [name, value] : strings) names.push_back(name);
+  return names;
+}

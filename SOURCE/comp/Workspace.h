@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "TavixValue.h"
 
@@ -34,6 +35,8 @@ public:
   void Clear();
   // Empties one collection (a kind code).
   void ClearKind(int code);
+  // Every name of every collection, in collection order.
+  std::vector<std::string> Names() const;
 
   // Changes whenever an entry is removed or the workspace cleared, so that name look-ups may be
   // cached while it stays the same.

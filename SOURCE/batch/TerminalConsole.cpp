@@ -1,0 +1,97 @@
+// TerminalConsole: line editing through libedit, completeness of typed statements, running them.
+#include "TerminalConsole.h"
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+
+#include <editline/readline.h>
+
+#include "Interpreter.h"
+#include "SystemGlobals.h"
+#include "TavixError.h"
+#include "TavixSettings.h"
+#include "TokenStream.h"
+
+namespace {
+
+Session* g_session = nullptr;
+
+// Ctrl+C stops the running command; at the prompt it only drops the line being typed.
+void OnInterrupt(int) {
+  if (g_session) g_session->interruptRequested = true;
+}
+
+}  // namespace
+
+bool StatementsComplete(const std::string& code) {
+  try {
+    const TokenStream stream(code, "\"terminal\"");
+    int blocks = 0, brackets = 0;
+    int last = tok::END_OF_INPUT;
+    for (int i = 0; i < stream.Size(); ++i) {
+      const Token& token = stream.Get(i);
+      if (token.channel != 0 || token.type == tok::END_OF_INPUT) continue;
+      switch (token.type) {
+        case tok::IF: case tok::WHILE: case tok::FOR: case tok::FUNCTION: ++blocks; break;
+        case tok::END: --blocks; break;
+        case tok::OPAREN: case tok::OBRCKT: case tok::OCBRCKT: ++brackets; break;
+        case tok::CPAREN: case tok::CBRCKT: case tok::CCBRCKT: --brackets; break;
+        default: break;
+      }
+      last = token.type;
+    }
+    return blocks <= 0 && brackets <= 0 && (last == tok::SEMICOL || last == tok::END);
+  } catch (const TavixError&) {
+    return false;
+  }
+}
+
+int RunTerminalConsole(Session& session, const std::string& programDirectory) {
+  Tavix_SYSTEM_NAMESPACE::RUN_GUI = false;
+  const std::string folder = TavixSettings::Folder(programDirectory);
+  TavixSettings settings;
+  if (settings.Read((std::filesystem::path(folder) / "Tavix.init").string())) settings.ApplyToGlobals();
+  const std::string history = (std::filesystem::path(folder) / "terminal_history").string();
+  using_history();
+  read_history(history.c_str());
+  g_session = &session;
+  std::signal(SIGINT, OnInterrupt);
+
+  session.dispatcher.Print("Tavix console. Statements end with \";\"; a block waits for its \"end\". "
+                           "Ctrl+D ends.\n");
+  std::string pending;
+  for (;;) {
+    session.interruptRequested = false;
+    char* line = readline(pending.empty() ? ">> " : ".. ");
+    if (!line) break;  // Ctrl+D
+    const std::string text(line);
+    std::free(line);
+    if (text.find_first_not_of(" \t") == std::string::npos && pending.empty()) continue;
+    pending += (pending.empty() ? "" : "\n") + text;
+    // An empty line under unfinished text runs it anyway, so a mistake never traps the user.
+    if (!StatementsComplete(pending) && !text.empty()) continue;
+    add_history(pending.c_str());
+    write_history(history.c_str());
+    const std::string code = std::move(pending);
+    pending.clear();
+    if (code.find_first_not_of(" \t\n") != std::string::npos && code.rfind("quit", 0) == 0 &&
+        code.find_first_not_of(" \t\n;", 4) == std::string::npos) {
+      break;
+    }
+    try {
+      RunProgram(session, code, "\"terminal\"", 0);
+    } catch (const TavixError& error) {
+      session.dispatcher.PrintError(error.what());
+    } catch (const TavixInterrupted&) {
+      session.dispatcher.PrintError("Operation interrupted.\n");
+    } catch (const std::exception& error) {
+      session.dispatcher.PrintInternalError(error.what());
+    }
+    session.dispatcher.Print("\n");
+  }
+  session.dispatcher.Print("\n");
+  g_session = nullptr;
+  return 0;
+}
