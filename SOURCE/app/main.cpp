@@ -7,7 +7,9 @@
 
 #include "BatchRunner.h"
 #include "ConsoleSink.h"
+#ifdef TAVIX_WITH_GUI
 #include "TavixApp.h"
+#endif
 #include "TerminalConsole.h"
 
 namespace {
@@ -24,7 +26,14 @@ std::string ProgramDirectory(const char* argv0) {
 
 int main(int argc, char** argv) {
   const std::string programDirectory = ProgramDirectory(argv[0]);
-  if (argc < 2) return RunGui(argc, argv, programDirectory);
+  if (argc < 2) {
+#ifdef TAVIX_WITH_GUI
+    return RunGui(argc, argv, programDirectory);
+#else
+    std::cout << "This build of Tavix has no window: run \"tavix script.tvx\" or \"tavix --terminal\".\n";
+    return 2;
+#endif
+  }
   if (std::strcmp(argv[1], "--help") == 0 || std::strcmp(argv[1], "-h") == 0) {
     std::cout << "Usage: tavix                 opens the window\n"
                  "       tavix script.tvx      runs the script without a window and prints its output\n"

@@ -47,12 +47,7 @@ void TavixFrame::BuildPanes() {
       CallTheParser(inputName);  // the busy warning
       return;
     }
-    m_codeBuffer = code;
-    m_jobRunning = true;
-    m_session.installDir = m_settings.installationDirectory;
-    std::string job;
-    job.swap(m_codeBuffer);
-    m_worker.RunThread(&m_jobRunning, &m_session, std::move(job), inputName, firstLine);
+    StartJob(code, inputName, firstLine);
   };
   editorCallbacks.stop = [this] {
     wxCommandEvent stop(wxEVT_STOP_EXECUTION, kFrameEventId);

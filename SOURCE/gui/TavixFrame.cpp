@@ -108,9 +108,15 @@ void TavixFrame::CallTheParser(std::string name) {
     name = "\"" + m_editor->CurrentPageName().utf8_string() + "\"";
     firstLine = m_editor->SelectionStartLine();
   }
-  m_session.installDir = m_settings.installationDirectory;
   std::string code;
   code.swap(m_codeBuffer);  // the buffer is free for the next submission at once
+  StartJob(std::move(code), std::move(name), firstLine);
+}
+
+void TavixFrame::StartJob(std::string code, std::string name, long firstLine) {
+  m_jobRunning = true;
+  SetRunning(true);
+  m_session.installDir = m_settings.installationDirectory;
   m_worker.RunThread(&m_jobRunning, &m_session, std::move(code), std::move(name), firstLine);
 }
 
@@ -176,6 +182,18 @@ void TavixFrame::OnProgressBar(ConsoleEvent& event) {
 void TavixFrame::SetRunning(bool running) {
   if (m_editor) m_editor->SetRunning(running);
   if (m_toolBar) m_toolBar->EnableTool(ids::Stop, running);
+  // The viewers read the workspace's data when they paint; while a job may change it, they
+  // keep their last picture.
+  if (running != m_viewersFrozen && m_dataGrid && m_matrixGrid) {
+    m_viewersFrozen = running;
+    if (running) {
+      m_dataGrid->Freeze();
+      m_matrixGrid->Freeze();
+    } else {
+      m_dataGrid->Thaw();
+      m_matrixGrid->Thaw();
+    }
+  }
 }
 
 void TavixFrame::OnEnableRun(ConsoleEvent&) { SetRunning(false); }

@@ -80,6 +80,8 @@ private:
   void OnUpdateData(wxCommandEvent& event);
   void OnFrontEndRequest(wxThreadEvent& event);
   void CompleteRequest(const std::string& refusal = {});
+  // Starts a job (the running flag set, the run tools disabled at once).
+  void StartJob(std::string code, std::string name, long firstLine);
   void SetRunning(bool running);
 
   // Menu commands (FrameMenus.cpp).
@@ -125,6 +127,7 @@ private:
   TavixStatusBar* m_statusBar = nullptr;
   wxToolBar* m_toolBar = nullptr;
   bool m_quietWarnings = false;
+  bool m_viewersFrozen = false;
   int m_busyWarnings = 0;
 };
 

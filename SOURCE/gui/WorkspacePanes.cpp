@@ -92,6 +92,12 @@ public:
                ? m_rows[static_cast<std::size_t>(item)].name
                : std::string();
   }
+  // The names listed, in the order shown.
+  std::vector<std::string> Names() const {
+    std::vector<std::string> names;
+    for (const ListRow& row : m_rows) names.push_back(row.name);
+    return names;
+  }
   // The selected entry's name, "" when nothing is selected.
   std::string SelectedName() const {
     return NameAt(GetNextItem(-1, wxLIST_NEXT_ALL, wxLIST_STATE_SELECTED));
@@ -427,3 +433,7 @@ void MatricesPane::OnMenu(int id, const std::string& name) {
     default: break;
   }
 }
+
+std::vector<std::string> DatasetsPane::Names() const { return m_list->Names(); }
+std::vector<std::string> ModelsPane::Names() const { return m_list->Names(); }
+std::vector<std::string> MatricesPane::Names() const { return m_list->Names(); }

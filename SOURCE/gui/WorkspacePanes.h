@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <Eigen/Dense>
 #include <wx/panel.h>
@@ -32,6 +33,8 @@ public:
   DatasetsPane(wxWindow* parent, wxEvtHandler* commands);
   // Shows `datasets`, keeping the selection, the sort order and the scroll position.
   void Update(const std::map<std::string, std::shared_ptr<Dataset>>& datasets);
+  // The names listed, in the order shown.
+  std::vector<std::string> Names() const;
 
 private:
   void OnMenu(int id, const std::string& name);
@@ -48,6 +51,8 @@ public:
   ModelsPane(wxWindow* parent, wxEvtHandler* commands);
   // Shows `models`, keeping the selection, the sort order and the scroll position.
   void Update(const std::map<std::string, std::shared_ptr<Model>>& models);
+  // The names listed, in the order shown.
+  std::vector<std::string> Names() const;
 
 private:
   void OnMenu(int id, const std::string& name);
@@ -64,6 +69,8 @@ public:
   MatricesPane(wxWindow* parent, wxEvtHandler* commands);
   // Shows `matrices`, keeping the selection, the sort order and the scroll position.
   void Update(const std::map<std::string, std::shared_ptr<Eigen::MatrixXd>>& matrices);
+  // The names listed, in the order shown.
+  std::vector<std::string> Names() const;
 
 private:
   void OnMenu(int id, const std::string& name);

@@ -1,0 +1,157 @@
+// The main window under a virtual X server: typed commands, a script page with an error, the
+// panes after a job, the busy warning, stopping a long loop, and a screenshot of the window.
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <thread>
+
+#include <gtest/gtest.h>
+#include <wx/app.h>
+#include <wx/dcmemory.h>
+#include <wx/dcscreen.h>
+#include <wx/evtloop.h>
+#include <wx/image.h>
+
+#include "ScriptEditor.h"
+#include "TavixConsole.h"
+#include "TavixFrame.h"
+#include "WorkspacePanes.h"
+
+namespace {
+
+class TestApp : public wxApp {
+public:
+  bool OnInit() override { return true; }
+};
+
+wxEventLoop* g_loop = nullptr;
+
+// Handles the window's events until `done` holds or `seconds` pass; false on a time-out.
+bool PumpUntil(const std::function<bool()>& done, double seconds = 20.0) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
+  while (std::chrono::steady_clock::now() < end) {
+    wxTheApp->ProcessPendingEvents();
+    while (g_loop->Pending()) g_loop->Dispatch();
+    if (done()) {
+      wxTheApp->ProcessPendingEvents();
+      return true;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  return false;
+}
+
+// One window for every test, as a user has it: jobs follow each other on one workspace.
+class MainWindow : public ::testing::Test {
+protected:
+  static void SetUpTestSuite() {
+    static int argc = 1;
+    static char name[] = "tavix_gui_tests";
+    static char* argv[] = {name, nullptr};
+    wxApp::SetInstance(new TestApp);
+    ASSERT_TRUE(wxEntryStart(argc, argv));
+    wxTheApp->CallOnInit();
+    g_loop = new wxEventLoop;
+    wxEventLoop::SetActive(g_loop);
+    wxImage::AddHandler(new wxPNGHandler);
+    s_directory = std::filesystem::temp_directory_path() / "tavix_gui_test";
+    std::filesystem::create_directories(s_directory);
+    s_frame = new TavixFrame(nullptr, TAVIX_BINARY_DIR);
+    s_frame->SetQuietWarnings(true);
+    s_frame->Show();
+    PumpUntil([] { return false; }, 0.5);
+  }
+  static void TearDownTestSuite() {
+    s_frame->Destroy();
+    PumpUntil([] { return false; }, 0.2);
+    wxEntryCleanup();
+  }
+  // Types `code` into the console and presses Enter, then waits for the job to end.
+  static void Type(const std::string& code) {
+    s_frame->Console()->SetInput(code);
+    s_frame->Console()->SubmitInput();
+    ASSERT_TRUE(PumpUntil([] { return !s_frame->JobRunning(); }));
+  }
+  static std::string Console() { return s_frame->Console()->OutputText(); }
+
+  static TavixFrame* s_frame;
+  static std::filesystem::path s_directory;
+};
+
+TavixFrame* MainWindow::s_frame = nullptr;
+std::filesystem::path MainWindow::s_directory;
+
+TEST_F(MainWindow, TypedCommandsAreEchoedRunAndListed) {
+  Type("a = [1 2; 3 4];\nprint(a * 2);");
+  const std::string text = Console();
+  EXPECT_NE(text.find(">> a = [1 2; 3 4];"), std::string::npos) << text;
+  EXPECT_NE(text.find("a * 2 =\n  2  4\n  6  8"), std::string::npos) << text;
+  EXPECT_EQ(s_frame->Matrices()->Names(), std::vector<std::string>{"a"});
+  ASSERT_FALSE(s_frame->Console()->History().empty());
+  EXPECT_EQ(s_frame->Console()->History().back(), "a = [1 2; 3 4];\nprint(a * 2);");
+
+  Type("d = dataset([1 2; 3 4], {u, v});\nm = lm(u ~ constant v, \"draws\" = 200, \"burnin\" = 20);");
+  EXPECT_EQ(s_frame->Datasets()->Names(), std::vector<std::string>{"d"});
+  EXPECT_EQ(s_frame->Models()->Names(), std::vector<std::string>{"m"});
+  EXPECT_NE(Console().find("Linear regression model (LM)"), std::string::npos);
+}
+
+TEST_F(MainWindow, ScriptPageErrorsNameThePageAndItsLine) {
+  ScriptEditor* editor = s_frame->Editor();
+  editor->NewPage();
+  const int page = editor->PageCount() - 1;
+  editor->SetPageText(page, "x = 1;\ny = x + 1;\nz = y + w;\n");
+  editor->RunCurrentPage();
+  ASSERT_TRUE(PumpUntil([] { return !s_frame->JobRunning(); }));
+  const std::string caption = editor->PageCaption(page).utf8_string();
+  const std::string name = caption.substr(0, caption.find(" *"));
+  EXPECT_NE(Console().find("In input \"" + name + "\", line 3\nz = y + w ...\nSymbol \"w\" is not defined."),
+            std::string::npos)
+      << Console();
+  // The statements before the error took effect and the pane shows them.
+  const auto names = s_frame->Matrices()->Names();
+  EXPECT_NE(std::find(names.begin(), names.end(), "y"), names.end());
+}
+
+TEST_F(MainWindow, BusyWarningAndStoppingALongLoop) {
+  s_frame->PrintAndRun("k = 0;\nwhile (k > -1)\n  k = k + 1;\nend");
+  ASSERT_TRUE(s_frame->JobRunning());
+  PumpUntil([] { return false; }, 0.3);
+  const int before = s_frame->BusyWarnings();
+  s_frame->PrintAndRun("print(1);");
+  EXPECT_EQ(s_frame->BusyWarnings(), before + 1);
+  EXPECT_TRUE(s_frame->JobRunning());
+
+  wxCommandEvent stop(wxEVT_STOP_EXECUTION, kFrameEventId);
+  s_frame->GetEventHandler()->ProcessEvent(stop);
+  EXPECT_FALSE(s_frame->JobRunning());
+  PumpUntil([] { return false; }, 0.3);
+  EXPECT_NE(Console().find("Operation interrupted."), std::string::npos);
+  // The loop's variable kept what it held before the interrupted statement; the window goes on.
+  const auto& k = s_frame->GetSession().workspace.matrices.at("k");
+  EXPECT_GT((*k)(0, 0), 0.0);
+  Type("done = k;");
+  const auto names = s_frame->Matrices()->Names();
+  EXPECT_NE(std::find(names.begin(), names.end(), "done"), names.end());
+}
+
+TEST_F(MainWindow, ShellCommandsPrintTheirOutputThroughTheWindow) {
+  Type("system(\"echo from-the-shell\");");
+  EXPECT_NE(Console().find("Output from system console:\n\nfrom-the-shell"), std::string::npos) << Console();
+}
+
+// Not a check: the window as a user sees it, saved beside the test for a person to look at.
+TEST_F(MainWindow, Screenshot) {
+  Type("print(\"The window after a few commands.\\n\");");
+  PumpUntil([] { return false; }, 0.5);
+  const wxRect area = s_frame->GetScreenRect();
+  wxScreenDC screen;
+  wxBitmap shot(area.width, area.height);
+  wxMemoryDC memory(shot);
+  memory.Blit(0, 0, area.width, area.height, &screen, area.x, area.y);
+  memory.SelectObject(wxNullBitmap);
+  const std::string file = std::string(TAVIX_BINARY_DIR) + "/main_window.png";
+  EXPECT_TRUE(shot.SaveFile(wxString::FromUTF8(file), wxBITMAP_TYPE_PNG));
+}
+
+}  // namespace
