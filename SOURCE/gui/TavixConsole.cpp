@@ -35,6 +35,11 @@ TavixConsole::TavixConsole(wxWindow* parent, Callbacks callbacks, std::string hi
                             wxTE_MULTILINE | wxTE_READONLY | wxTE_RICH2 | wxTE_DONTWRAP | wxBORDER_NONE);
   m_output->SetFont(m_font);
   m_output->SetBackgroundColour(*wxWHITE);
+  // When the pane shrinks (another pane opens below it), the latest output stays in view.
+  m_output->Bind(wxEVT_SIZE, [this](wxSizeEvent& event) {
+    event.Skip();
+    CallAfter([this] { m_output->ShowPosition(m_output->GetLastPosition()); });
+  });
   m_input = new wxTextCtrl(this, wxID_ANY, wxEmptyString, wxDefaultPosition, wxSize(-1, 60),
                            wxTE_MULTILINE | wxTE_PROCESS_ENTER | wxTE_PROCESS_TAB | wxTE_RICH2);
   m_input->SetFont(m_font);

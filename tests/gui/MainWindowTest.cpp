@@ -142,7 +142,16 @@ TEST_F(MainWindow, ShellCommandsPrintTheirOutputThroughTheWindow) {
 
 // Not a check: the window as a user sees it, saved beside the test for a person to look at.
 TEST_F(MainWindow, Screenshot) {
-  Type("print(\"The window after a few commands.\\n\");");
+  Type("seed(3);\nfirms = dataset([normrnd(0, 1, 500, 2), round(unifrnd(500, 1) * 10)], {sales, costs, staff});\n"
+       "m = lm(sales ~ constant costs staff, \"draws\" = 2000, \"burnin\" = 500, \"dataset\" = firms);");
+  ScriptEditor* editor = s_frame->Editor();
+  editor->NewPage();
+  editor->SetPageText(editor->PageCount() - 1,
+                      "// A regression on simulated firms\nseed(3);\nn = 500;\nx = normrnd(0, 1, n, 1);\n"
+                      "y = 1 + 0.5 * x + normrnd(0, 0.3, n, 1);\nd = dataset([y, x], {y, x});\n"
+                      "m = lm(y ~ constant x, \"chains\" = 2);\nprint(m.post_mean);\n");
+  wxCommandEvent viewer(wxEVT_MENU, ids::ViewDataGrid);
+  s_frame->GetEventHandler()->ProcessEvent(viewer);
   PumpUntil([] { return false; }, 0.5);
   const wxRect area = s_frame->GetScreenRect();
   wxScreenDC screen;
