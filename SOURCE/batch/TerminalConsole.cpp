@@ -27,7 +27,8 @@ void OnInterrupt(int) {
 
 bool StatementsComplete(const std::string& code) {
   try {
-    const TokenStream stream(code, "\"terminal\"");
+    // A line comment needs its line end to be read.
+    const TokenStream stream(code + "\n", "\"terminal\"");
     int blocks = 0, brackets = 0;
     int last = tok::END_OF_INPUT;
     for (int i = 0; i < stream.Size(); ++i) {
@@ -81,7 +82,7 @@ int RunTerminalConsole(Session& session, const std::string& programDirectory) {
       break;
     }
     try {
-      RunProgram(session, code, "\"terminal\"", 0);
+      RunProgram(session, code + "\n", "\"terminal\"", 0);
     } catch (const TavixError& error) {
       session.dispatcher.PrintError(error.what());
     } catch (const TavixInterrupted&) {
