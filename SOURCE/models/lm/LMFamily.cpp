@@ -1,9 +1,12 @@
 // The linear family's interpreter: lm (LM, or LM_HET with a second list) and lm_re (LM_RE).
 #include <cmath>
 #include <limits>
+#include <map>
 
 #include "Dataset.h"
 #include "LM.h"
+#include "LM_HET.h"
+#include "LM_RE.h"
 #include "MIM_LM.h"
 #include "ModelData.h"
 #include "ModelPriors.h"
@@ -24,6 +27,12 @@ void SplitConstraints(const ModelRequest& request, Eigen::MatrixXd& main, Eigen:
   second = R.cols() > k ? Eigen::MatrixXd(R.rightCols(R.cols() - k)) : Eigen::MatrixXd(R.rows(), 0);
 }
 
+// The model's record of how many observations were used and left out.
+void DescribeObservations(Model& model, const ModelData& data) {
+  model.Description().observations = static_cast<long>(data.y.size());
+  model.Description().observationsDropped = data.dropped;
+}
+
 class LMJob : public ModelJob {
 public:
   LMJob(Eigen::VectorXd gibbs, ModelData data, LinearPrior prior, double a, double b,
@@ -39,8 +48,7 @@ public:
     m_labels.push_back("tau");
     auto model = std::make_shared<MIM_LinearFamily>(estimator, "LM", "Linear regression model",
                                                     m_labels, estimator.logML, estimator.logML_CJ);
-    model->Description().observations = static_cast<long>(m_data.y.size());
-    model->Description().observationsDropped = m_data.dropped;
+    DescribeObservations(*model, m_data);
     return model;
   }
 
@@ -52,6 +60,110 @@ private:
   std::vector<std::string> m_labels;
 };
 
+class LMHetJob : public ModelJob {
+public:
+  // `prior` is the joint prior of the coefficients of both lists; labels likewise.
+  LMHetJob(Eigen::VectorXd gibbs, ModelData data, LinearPrior prior, std::vector<std::string> labels)
+      : m_gibbs(std::move(gibbs)), m_data(std::move(data)), m_prior(std::move(prior)),
+        m_labels(std::move(labels)) {}
+
+  std::shared_ptr<Model> Estimate(const ModelRunContext& context) override {
+    LM_HET estimator(m_gibbs);
+    if (!estimator.Sample(m_data.y, m_data.X, m_data.Z, m_prior, context.out, context.interrupt)) {
+      return nullptr;
+    }
+    auto model = std::make_shared<MIM_LinearFamily>(
+        estimator, "LM_HET", "Linear regression model with heteroskedastic errors", m_labels,
+        estimator.logML, estimator.logML_CJ);
+    DescribeObservations(*model, m_data);
+    return model;
+  }
+
+private:
+  Eigen::VectorXd m_gibbs;
+  ModelData m_data;
+  LinearPrior m_prior;
+  std::vector<std::string> m_labels;
+};
+
+class LMREJob : public ModelJob {
+public:
+  LMREJob(Eigen::VectorXd gibbs, ModelData data, std::vector<int> groups, LinearPrior prior,
+          double a, double b, double aRe, double bRe, bool chib, std::vector<std::string> labels)
+      : m_gibbs(std::move(gibbs)), m_data(std::move(data)), m_groups(std::move(groups)),
+        m_prior(std::move(prior)), m_a(a), m_b(b), m_aRe(aRe), m_bRe(bRe), m_chib(chib),
+        m_labels(std::move(labels)) {}
+
+  std::shared_ptr<Model> Estimate(const ModelRunContext& context) override {
+    LM_RE estimator(m_gibbs);
+    if (!estimator.Sample(m_data.y, m_data.X, m_groups, m_prior, m_a, m_b, m_aRe, m_bRe, m_chib,
+                          context.out, context.interrupt)) {
+      return nullptr;
+    }
+    m_labels.push_back("tau");
+    m_labels.push_back("omega");
+    auto model = std::make_shared<MIM_LinearFamily>(
+        estimator, "LM_RE", "Linear regression model with individual effects", m_labels,
+        estimator.logML, estimator.logML_CJ);
+    DescribeObservations(*model, m_data);
+    return model;
+  }
+
+private:
+  Eigen::VectorXd m_gibbs;
+  ModelData m_data;
+  std::vector<int> m_groups;
+  LinearPrior m_prior;
+  double m_a, m_b, m_aRe, m_bRe;
+  bool m_chib;
+  std::vector<std::string> m_labels;
+};
+
+// The group of each observation used, numbered from 0 in order of first appearance. Rows whose
+// group is missing are left out of `data` and counted as dropped. Returns "OK" or the message.
+std::string ReadGroups(const ModelRequest& request, ModelData& data, std::vector<int>& groups) {
+  const Dataset& dataset = *request.dataset;
+  const std::string& variable = dataset.Structure().groupVariable;
+  if (!dataset.VariableExists(variable)) {
+    return "The group variable \"" + variable + "\" of dataset \"" + request.datasetName +
+           "\" no longer exists: declare the panel structure again with set_pd.";
+  }
+  const Eigen::VectorXd codes = dataset.GetVariable(variable);
+  std::map<double, int> numbers;
+  std::vector<Eigen::Index> keep;
+  groups.clear();
+  for (std::size_t r = 0; r < data.rows.size(); ++r) {
+    const double code = codes(data.rows[r]);
+    if (std::isnan(code)) continue;
+    const auto [it, added] = numbers.try_emplace(code, static_cast<int>(numbers.size()));
+    groups.push_back(it->second);
+    keep.push_back(static_cast<Eigen::Index>(r));
+  }
+  if (keep.empty()) {
+    return "No observation of dataset \"" + request.datasetName +
+           "\" has values for every variable of the model and its group variable.";
+  }
+  if (keep.size() < data.rows.size()) {
+    const auto used = static_cast<Eigen::Index>(keep.size());
+    ModelData kept;
+    kept.y.resize(used);
+    kept.X.resize(used, data.X.cols());
+    kept.Z.resize(used, data.Z.cols());
+    kept.extra.resize(used, data.extra.cols());
+    for (Eigen::Index i = 0; i < used; ++i) {
+      const Eigen::Index r = keep[static_cast<std::size_t>(i)];
+      kept.y(i) = data.y(r);
+      kept.X.row(i) = data.X.row(r);
+      kept.Z.row(i) = data.Z.row(r);
+      kept.extra.row(i) = data.extra.row(r);
+      kept.rows.push_back(data.rows[static_cast<std::size_t>(r)]);
+    }
+    kept.dropped = data.dropped + static_cast<long>(data.rows.size() - keep.size());
+    data = std::move(kept);
+  }
+  return "OK";
+}
+
 }  // namespace
 
 // Checks an lm or lm_re statement: options, Gibbs settings, constraints, data and priors.
@@ -61,11 +173,31 @@ std::string Intrepr_LM1(const ModelRequest& request, std::unique_ptr<ModelJob>& 
   if (randomEffects && heteroskedastic) {
     return "Model \"lm_re\" does not take a second list of variables.";
   }
-  std::vector<std::string> numeric = {"m", "P", "a", "b"};
-  if (heteroskedastic) numeric.insert(numeric.end(), {"mz", "Pz"});
+  // With a second list the error precision is exp(z'd), so "a" and "b" have nothing to set.
+  if (heteroskedastic) {
+    for (const char* gammaOption : {"a", "b"}) {
+      if (request.options.numeric.count(gammaOption)) {
+        return "Model \"lm\" with a second list does not take the option \"" +
+               std::string(gammaOption) +
+               "\": the second list models the error precision, and \"mz\" and \"Pz\" set the "
+               "prior of its coefficients.";
+      }
+    }
+  }
+  std::vector<std::string> numeric = {"m", "P"};
+  if (heteroskedastic) {
+    numeric.insert(numeric.end(), {"mz", "Pz"});
+  } else {
+    numeric.insert(numeric.end(), {"a", "b"});
+  }
   if (randomEffects) numeric.insert(numeric.end(), {"a_re", "b_re"});
-  std::string status = CheckOptionNames(request, numeric);
+  const std::vector<std::string> logical =
+      randomEffects ? std::vector<std::string>{"logML_CJ"} : std::vector<std::string>{};
+  std::string status = CheckOptionNames(request, numeric, logical);
   if (status != "OK") return status;
+  if (randomEffects && request.dataset->Structure().kind != DatasetKind::Panel) {
+    return "Model \"lm_re\" needs a panel dataset: declare its structure with set_pd.";
+  }
 
   Eigen::VectorXd gibbs;
   status = ModelsInterpreter::read_Gibbs(request.options.numeric, gibbs);
@@ -81,25 +213,56 @@ std::string Intrepr_LM1(const ModelRequest& request, std::unique_ptr<ModelJob>& 
   ModelData data;
   status = ExtractModelData(request, data);
   if (status != "OK") return status;
+  std::vector<int> groups;
+  if (randomEffects) {
+    status = ReadGroups(request, data, groups);
+    if (status != "OK") return status;
+  }
 
   const auto k = static_cast<Eigen::Index>(request.regressors.size());
   Eigen::VectorXd m;
   Eigen::MatrixXd P;
   status = ReadNormalPrior(request, "m", "P", k, kDefaultPrecision, m, P);
   if (status != "OK") return status;
+
+  if (heteroskedastic) {
+    // One Normal prior on the coefficients of both lists, so that constraints may tie them.
+    const auto p = static_cast<Eigen::Index>(request.secondList.size());
+    Eigen::VectorXd mz;
+    Eigen::MatrixXd Pz;
+    status = ReadNormalPrior(request, "mz", "Pz", p, kDefaultPrecision, mz, Pz);
+    if (status != "OK") return status;
+    Eigen::VectorXd mean(k + p);
+    mean << m, mz;
+    Eigen::MatrixXd precision = Eigen::MatrixXd::Zero(k + p, k + p);
+    precision.topLeftCorner(k, k) = P;
+    precision.bottomRightCorner(p, p) = Pz;
+    std::vector<std::string> labels = request.labels;
+    labels.insert(labels.end(), request.secondLabels.begin(), request.secondLabels.end());
+    job = std::make_unique<LMHetJob>(
+        gibbs, std::move(data),
+        LinearPrior::Combine(mean, precision, request.constraints.R, request.constraints.r, xi),
+        std::move(labels));
+    return "OK";
+  }
+
   double a = 0.0, b = 0.0;
   status = ReadGammaPrior(request, "a", "b", kDefaultShape, kDefaultRate, a, b);
   if (status != "OK") return status;
-
   Eigen::MatrixXd Rmain, Rsecond;
   SplitConstraints(request, Rmain, Rsecond);
-  if (randomEffects || heteroskedastic) {
-    return "Model \"" + request.keyword + "\"" + (heteroskedastic ? " with a second list" : "") +
-           " is not available yet.";
+  const LinearPrior prior = LinearPrior::Combine(m, P, Rmain, request.constraints.r, xi);
+  if (randomEffects) {
+    double aRe = 0.0, bRe = 0.0;
+    status = ReadGammaPrior(request, "a_re", "b_re", kDefaultShape, kDefaultRate, aRe, bRe);
+    if (status != "OK") return status;
+    const auto chib = request.options.logical.find("logML_CJ");
+    job = std::make_unique<LMREJob>(gibbs, std::move(data), std::move(groups), prior, a, b, aRe,
+                                    bRe, chib != request.options.logical.end() && chib->second,
+                                    request.labels);
+    return "OK";
   }
-  job = std::make_unique<LMJob>(gibbs, std::move(data),
-                                LinearPrior::Combine(m, P, Rmain, request.constraints.r, xi), a, b,
-                                request.labels);
+  job = std::make_unique<LMJob>(gibbs, std::move(data), prior, a, b, request.labels);
   return "OK";
 }
 
