@@ -29,8 +29,10 @@ ExpressionPtr TavixParser::name_list() {
   return node;
 }
 
-// option_value: BTRUEFALSE | expr (true and false stand for 1 and 0)
+// option_value: BTRUEFALSE | name_list | expr (true and false stand for 1 and 0; a list in braces
+// is a list of names or strings, such as a legend)
 ExpressionPtr TavixParser::option_value(bool execute) {
+  if (LA(1) == tok::OCBRCKT) return name_list();
   if (LA(1) != tok::BTRUEFALSE) return expr(execute);
   const Token& word = match(tok::BTRUEFALSE);
   auto node = std::make_unique<NumberLiteral>();

@@ -68,6 +68,14 @@ const Row kStatementRows[] = {
     {tok::LOAD, {&TavixParser::builtin_statement, false}},
     {tok::MAXFIGURES, {&TavixParser::control_statement, false}},
     {tok::SETWD, {&TavixParser::control_statement, false}},
+    {tok::PLOT, {&TavixParser::builtin_statement, false}},
+    {tok::SCATTER, {&TavixParser::builtin_statement, false}},
+    {tok::HIST, {&TavixParser::builtin_statement, false}},
+    {tok::KDEN, {&TavixParser::builtin_statement, false}},
+    {tok::ACF, {&TavixParser::builtin_statement, false}},
+    {tok::MULTIPLOT, {&TavixParser::builtin_statement, false}},
+    {tok::SUBPLOT, {&TavixParser::builtin_statement, false}},
+    {tok::CLOSE, {&TavixParser::close_statement, false}},
     {tok::MODELS1, {&TavixParser::model_statement, false}},
     {tok::MODELS2, {&TavixParser::model_statement, false}},
     {tok::MODELS3, {&TavixParser::model_statement, false}},
@@ -118,8 +126,9 @@ const TokenSet& TavixParser::StatementFollow() {
 
 const TokenSet& TavixParser::ExpressionStarters() {
   static const TokenSet starters = [] {
-    TokenSet set = {tok::ID, tok::OBRCKT, tok::OPAREN, tok::PLUS, tok::MINUS, tok::STRING,
-                    tok::FUNCID};
+    TokenSet set = {tok::ID,   tok::OBRCKT,  tok::OPAREN, tok::PLUS,      tok::MINUS,
+                    tok::STRING, tok::FUNCID, tok::PLOT, tok::SCATTER, tok::HIST,
+                    tok::KDEN, tok::ACF,     tok::MULTIPLOT};
     for (int token : kValueTokens) set.Add(token);
     return set;
   }();

@@ -12,6 +12,7 @@
 #include <string>
 
 #include "EventDispatcher.h"
+#include "FigureRegistry.h"
 #include "RandomEngine.h"
 #include "Workspace.h"
 
@@ -20,9 +21,16 @@ struct FunctionDefinition;
 // Something a running job asks of a window front end and waits for: the Continue dialog of
 // `pause`, or an external program whose output goes to the console while it runs.
 struct FrontEndRequest {
-  enum class Kind { Pause, RunExternal } kind = Kind::Pause;
-  std::string command;  // the command line of an external program
+  enum class Kind { Pause, RunExternal, ShowFigure, CloseFigure } kind = Kind::Pause;
+  std::string command;  // the command line of an external program; the title of a figure to close
+  std::shared_ptr<const Figure> figure;  // the figure to show (a new window, or new content)
 };
+
+// Writes a figure to a file in a format ("png", "jpeg", "svg", "eps", "pdf") with a size in pixels
+// or points and optional resolutions (0: the default); returns "" or the reason it failed.
+using FigureExporter = std::function<std::string(const Figure& figure, const std::string& path,
+                                                 const std::string& format, int width, int height,
+                                                 int dpiX, int dpiY)>;
 
 // Owned by a front end for the life of the program; every job and every parser borrows it.
 // Only the job that runs touches it; the front end reads it when no job runs.
@@ -32,6 +40,10 @@ struct Session {
   EventDispatcher dispatcher;
   std::string installDir;
   int maxFigures = 20;
+  // The figures of the session; a window front end shows each in a window.
+  FigureRegistry figures;
+  // Set by every front end that can draw figures; empty when this build cannot.
+  FigureExporter exportFigure;
   bool plotError = false;
   std::string plotErrorMessage;
   // Set by the front end to stop the running job at its next interruption point.

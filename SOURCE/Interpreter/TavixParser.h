@@ -115,6 +115,9 @@ public:
   bool StartsBuiltin() const;
   StatementPtr multi_assign(bool execute);
 
+  // close(all) and close(title).
+  StatementPtr close_statement(bool execute);
+
   // Model statements.
   bool StartsModel() const;
   StatementPtr model_statement(bool execute);

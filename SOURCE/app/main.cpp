@@ -7,6 +7,7 @@
 
 #include "BatchRunner.h"
 #include "ConsoleSink.h"
+#include "FigureExport.h"
 #ifdef TAVIX_WITH_GUI
 #include "TavixApp.h"
 #endif
@@ -42,6 +43,8 @@ int main(int argc, char** argv) {
   }
   Session session;
   session.dispatcher = EventDispatcher(std::make_shared<ConsoleSink>());
+  // Without windows, figures still exist and can be exported.
+  session.exportFigure = FileFigureExporter();
   if (std::strcmp(argv[1], "--terminal") == 0) return RunTerminalConsole(session, programDirectory);
   // A batch run never starts the window toolkit.
   InitializeBatch(session, programDirectory);

@@ -10,6 +10,8 @@
 #include "DataViewer.h"
 #include "EventDispatcher.h"
 #include "ExternalProcess.h"
+#include "FigureExport.h"
+#include "FigureWindow.h"
 #include "GuiSink.h"
 #include "KeywordTable.h"
 #include "MatrixViewer.h"
@@ -56,6 +58,7 @@ TavixFrame::TavixFrame(wxWindow* parent, const std::string& programDirectory)
     event->SetPayload(request);
     wxQueueEvent(this, event);
   };
+  m_session.exportFigure = FileFigureExporter();
   Initialize(SettingsFolder());
   m_currentDirectory = CurrentDirectory();
   m_statusBar->SetDirectory(m_currentDirectory);
@@ -196,7 +199,14 @@ void TavixFrame::SetRunning(bool running) {
   }
 }
 
-void TavixFrame::OnEnableRun(ConsoleEvent&) { SetRunning(false); }
+void TavixFrame::OnEnableRun(ConsoleEvent&) {
+  SetRunning(false);
+  // Figures whose windows the user closed during the job leave the session now that it is free.
+  if (!m_jobRunning) {
+    for (const auto& title : m_closedFigures) m_session.figures.Remove(title);
+    m_closedFigures.clear();
+  }
+}
 void TavixFrame::OnDisableRun(ConsoleEvent&) { SetRunning(true); }
 void TavixFrame::OnExitTavix(ConsoleEvent&) { Close(true); }
 
@@ -242,6 +252,14 @@ void TavixFrame::OnFrontEndRequest(wxThreadEvent& event) {
       CompleteRequest();
       return;
     }
+    case FrontEndRequest::Kind::ShowFigure:
+      ShowFigure(request.figure);
+      CompleteRequest();
+      return;
+    case FrontEndRequest::Kind::CloseFigure:
+      CloseFigureWindows(request.command);
+      CompleteRequest();
+      return;
     case FrontEndRequest::Kind::RunExternal: {
       auto* process = new TavixASYNCProcess(
           [this](const std::string& text) { m_console->PrintOnConsole(text); },
@@ -255,4 +273,48 @@ void TavixFrame::OnFrontEndRequest(wxThreadEvent& event) {
     }
   }
   CompleteRequest();
+}
+
+FigureWindow* TavixFrame::FigureWindowOf(const std::string& title) const {
+  const auto it = m_figureWindows.find(title);
+  return it == m_figureWindows.end() ? nullptr : it->second;
+}
+
+void TavixFrame::ShowFigure(std::shared_ptr<const Figure> figure) {
+  if (FigureWindow* window = FigureWindowOf(figure->title)) {
+    window->SetFigure(std::move(figure));
+    window->Raise();
+    return;
+  }
+  FigureWindow::Callbacks callbacks;
+  callbacks.run = [this](const std::string& code) { PrintAndRun(code); };
+  callbacks.closed = [this](const std::string& title) { OnFigureWindowClosed(title); };
+  const std::string title = figure->title;
+  auto* window = new FigureWindow(this, std::move(figure), callbacks);
+  // Each new window a little below and to the right of the previous one.
+  const int offset = 30 * static_cast<int>(m_figureWindows.size() % 8);
+  window->SetPosition(GetPosition() + wxPoint(200 + offset, 120 + offset));
+  m_figureWindows[title] = window;
+  window->Show();
+}
+
+void TavixFrame::CloseFigureWindows(const std::string& title) {
+  for (auto it = m_figureWindows.begin(); it != m_figureWindows.end();) {
+    if (title.empty() || it->first == title) {
+      FigureWindow* window = it->second;
+      it = m_figureWindows.erase(it);
+      window->Destroy();
+    } else {
+      ++it;
+    }
+  }
+}
+
+void TavixFrame::OnFigureWindowClosed(const std::string& title) {
+  m_figureWindows.erase(title);
+  if (m_jobRunning) {
+    m_closedFigures.push_back(title);
+  } else {
+    m_session.figures.Remove(title);
+  }
 }

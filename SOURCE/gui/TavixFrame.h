@@ -4,6 +4,8 @@
 
 #include <atomic>
 #include <list>
+#include <map>
+#include <vector>
 #include <memory>
 #include <string>
 
@@ -16,6 +18,7 @@
 #include "TavixSettings.h"
 
 class DataGrid;
+class FigureWindow;
 class DatasetsPane;
 class MatricesPane;
 class MatrixGrid;
@@ -43,6 +46,8 @@ public:
   TavixConsole* Console() const { return m_console; }
   ScriptEditor* Editor() const { return m_editor; }
   TavixStatusBar* StatusBarWidget() const { return m_statusBar; }
+  // The window of a figure, null when it has none.
+  FigureWindow* FigureWindowOf(const std::string& title) const;
   DatasetsPane* Datasets() const { return m_datasetsPane; }
   MatricesPane* Matrices() const { return m_matricesPane; }
   ModelsPane* Models() const { return m_modelsPane; }
@@ -126,6 +131,12 @@ private:
   MatrixGrid* m_matrixGrid = nullptr;
   TavixStatusBar* m_statusBar = nullptr;
   wxToolBar* m_toolBar = nullptr;
+  // Figure windows by title; figures the user closed while a job ran, removed when it ends.
+  std::map<std::string, FigureWindow*> m_figureWindows;
+  std::vector<std::string> m_closedFigures;
+  void ShowFigure(std::shared_ptr<const Figure> figure);
+  void CloseFigureWindows(const std::string& title);
+  void OnFigureWindowClosed(const std::string& title);
   bool m_quietWarnings = false;
   bool m_viewersFrozen = false;
   int m_busyWarnings = 0;

@@ -12,6 +12,7 @@
 #include <wx/evtloop.h>
 #include <wx/image.h>
 
+#include "FigureWindow.h"
 #include "ScriptEditor.h"
 #include "TavixConsole.h"
 #include "TavixFrame.h"
@@ -138,6 +139,38 @@ TEST_F(MainWindow, BusyWarningAndStoppingALongLoop) {
 TEST_F(MainWindow, ShellCommandsPrintTheirOutputThroughTheWindow) {
   Type("system(\"echo from-the-shell\");");
   EXPECT_NE(Console().find("Output from system console:\n\nfrom-the-shell"), std::string::npos) << Console();
+}
+
+// A plot statement opens a window drawn at its size; close removes it; a figure's window closed
+// by the user leaves the session's figures.
+TEST_F(MainWindow, FiguresOpenInWindowsAndClose) {
+  Type("seed(4);\nfx = hist(normrnd(0, 1, 1000, 1), \"title\" = \"Normal draws\");");
+  const auto& title = *s_frame->GetSession().workspace.strings.at("fx");
+  FigureWindow* window = s_frame->FigureWindowOf(title);
+  ASSERT_NE(window, nullptr);
+  EXPECT_EQ(window->GetTitle().utf8_string(), title);
+  ASSERT_TRUE(PumpUntil([&] { return window->Picture().IsOk(); }, 5.0));
+  const wxBitmap picture = window->Picture();
+  EXPECT_GT(picture.GetWidth(), 300);
+  wxImage image = picture.ConvertToImage();
+  image.SaveFile(wxString::FromUTF8(std::string(TAVIX_BINARY_DIR) + "/figure_window.png"), wxBITMAP_TYPE_PNG);
+  // The picture is not blank: it holds more than the background's colour.
+  bool varied = false;
+  for (int y = 0; y < image.GetHeight() && !varied; y += 7) {
+    for (int x = 0; x < image.GetWidth() && !varied; x += 7) {
+      varied = image.GetRed(x, y) != image.GetRed(0, 0) || image.GetBlue(x, y) != image.GetBlue(0, 0);
+    }
+  }
+  EXPECT_TRUE(varied);
+
+  Type("close(fx);");
+  EXPECT_EQ(s_frame->FigureWindowOf(title), nullptr);
+  Type("g = plot([1 3 2]);");
+  const auto& second = *s_frame->GetSession().workspace.strings.at("g");
+  ASSERT_NE(s_frame->FigureWindowOf(second), nullptr);
+  s_frame->FigureWindowOf(second)->Close();
+  PumpUntil([] { return false; }, 0.2);
+  EXPECT_EQ(s_frame->GetSession().figures.Find(second), nullptr);
 }
 
 // Not a check: the window as a user sees it, saved beside the test for a person to look at.

@@ -14,8 +14,10 @@ BuiltinCall::BuiltinCall(ExecContext& context, const BuiltinCallExpression& node
   m_values.reserve(node.arguments.size());
   for (const auto& argument : node.arguments) m_values.push_back(argument->Evaluate(context));
   for (const auto& option : node.options) {
+    const auto* list = dynamic_cast<const NameListExpression*>(option.value.get());
     m_options.push_back({option.name, option.value->Evaluate(context),
-                         context.stream().Text(option.value->first, option.value->last)});
+                         context.stream().Text(option.value->first, option.value->last),
+                         list ? &list->names : nullptr});
   }
 }
 
@@ -27,6 +29,10 @@ std::string BuiltinCall::Text(std::size_t i) const {
 }
 
 void BuiltinCall::Fail(const std::string& message) const { m_context.Fail(m_node, message); }
+
+void BuiltinCall::RequestFrontEnd(const FrontEndRequest& request) const {
+  m_context.RequestFrontEnd(m_node, request);
+}
 
 void BuiltinCall::Warn(const std::string& message) const { m_context.Warn(m_node, message); }
 

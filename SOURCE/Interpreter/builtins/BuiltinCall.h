@@ -13,6 +13,7 @@
 
 class ExecContext;
 class RandomEngine;
+struct FrontEndRequest;
 struct BuiltinCallExpression;
 
 class BuiltinCall {
@@ -31,12 +32,15 @@ public:
     std::string name;
     TavixValue value;
     std::string text;  // the value as typed
+    const std::vector<std::string>* names = nullptr;  // a list in braces, {"a", "b"}, as typed
   };
   const std::vector<Option>& Options() const { return m_options; }
 
   // The names of argument i when it is a list in braces; null otherwise.
   const std::vector<std::string>* NameList(std::size_t i) const;
 
+  // Hands a request to the window front end and waits for it (see ExecContext::RequestFrontEnd).
+  void RequestFrontEnd(const FrontEndRequest& request) const;
   // Stops the statement with `message`.
   [[noreturn]] void Fail(const std::string& message) const;
   // Prints a warning about the statement; the run goes on.

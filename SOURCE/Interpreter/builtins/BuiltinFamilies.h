@@ -18,6 +18,7 @@ std::span<const BuiltinRow> DatasetBuiltins();
 std::span<const BuiltinRow> DatasetStructureBuiltins();
 std::span<const BuiltinRow> ExportBuiltins();
 std::span<const BuiltinRow> WorkspaceFileBuiltins();
+std::span<const BuiltinRow> PlotBuiltins();
 
 // Checks the range a:b held by arguments `at` and `at + 1` against a string of `length`
 // characters; returns a (1-based).

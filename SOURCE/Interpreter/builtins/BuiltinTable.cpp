@@ -13,7 +13,7 @@ std::unordered_map<std::string_view, const BuiltinRow*> BuildTable() {
                       StatisticsBuiltins, RandomBuiltins, MultivariateRandomBuiltins,
                       DistributionBuiltins, StringBuiltins, DatasetBuiltins,
                       DatasetStructureBuiltins, ExportBuiltins,
-                      WorkspaceFileBuiltins}) {
+                      WorkspaceFileBuiltins, PlotBuiltins}) {
     for (const BuiltinRow& row : family()) table.emplace(row.name, &row);
   }
   return table;

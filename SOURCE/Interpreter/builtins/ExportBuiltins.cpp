@@ -1,6 +1,12 @@
-// export(symbol, file [, delimiter]); writes a matrix or a dataset as delimited text.
+// export(symbol, file [, delimiter]) writes a matrix or a dataset as delimited text;
+// export(title, file [, "width" = w, ...]) writes a figure in the format of the file's extension.
+#include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <fstream>
+#include <map>
+
+#include "ExecContext.h"
 
 #include "BuiltinFamilies.h"
 #include "Dataset.h"
@@ -23,6 +29,50 @@ void CheckWritableDirectory(const BuiltinCall& call, const std::string& file) {
   }
 }
 
+// The figure titled `title` to `file`: size options, the format from the extension.
+void ExportFigure(const BuiltinCall& call, const std::string& title) {
+  Session& session = call.Context().session();
+  const auto figure = session.figures.Find(title);
+  if (!figure) call.Fail("There is no figure window with title \"" + title + "\" currently open.");
+  if (call.Value(1).code != kind::STRING) {
+    call.Fail("The second argument passed to \"export\" must be a string.");
+  }
+  if (call.Count() == 3) {
+    call.Fail("When exporting figures, optional arguments must come in property/value pairs, for "
+              "example:\n\"width\" = 400");
+  }
+  std::map<std::string, int> sizes = {{"width", 800}, {"height", 600}, {"dpi1", 0}, {"dpi2", 0}};
+  std::map<std::string, bool> given;
+  for (const auto& option : call.Options()) {
+    if (!sizes.count(option.name)) call.Fail("Unkown optional argument \"" + option.name + "\"");
+    if (given[option.name]) call.Fail("Optional argument \"" + option.name + "\" was defined multiple times.");
+    given[option.name] = true;
+    int value = 0;
+    if (option.value.code != kind::MATRIX || !IntrCheck_PositiveInteger(*option.value.matrix, value)) {
+      call.Fail("Optional arguments when exporting figures must be positive integers.");
+    }
+    sizes[option.name] = value;
+  }
+  const std::string& file = *call.Value(1).string;
+  std::string extension = std::filesystem::path(file).extension().string();
+  if (!extension.empty()) extension.erase(0, 1);
+  std::string format = extension;
+  std::transform(format.begin(), format.end(), format.begin(), [](unsigned char c) { return std::tolower(c); });
+  if (format == "jpg") format = "jpeg";
+  if (format != "eps" && format != "png" && format != "jpeg" && format != "svg" && format != "pdf") {
+    call.Fail("Unknown ouput format: \"" + extension +
+              "\". Recognized extensions are \"eps\", \"png\", \"jpeg\" and \"svg\".");
+  }
+  CheckWritableDirectory(call, file);
+  if (!session.exportFigure) call.Fail("Could not export \"" + title + "\" to \"" + file + "\"");
+  const std::string failure =
+      session.exportFigure(*figure, file, format, sizes["width"], sizes["height"], sizes["dpi1"], sizes["dpi2"]);
+  if (!failure.empty()) {
+    call.Warn(failure);
+    call.Fail("Could not export \"" + title + "\" to \"" + file + "\"");
+  }
+}
+
 TavixValue Export(const BuiltinCall& call) {
   const TavixValue& value = call.Value(0);
   const std::string symbol = call.Text(0);
@@ -32,7 +82,8 @@ TavixValue Export(const BuiltinCall& call) {
               "function.");
   }
   if (value.code == kind::STRING) {
-    call.Fail("No figure titled \"" + *value.string + "\" is open.");
+    ExportFigure(call, *value.string);
+    return {};
   }
   if (call.Value(1).code != kind::STRING) {
     call.Fail("The second argument passed to \"export\" must be a string.");
