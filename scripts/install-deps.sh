@@ -8,6 +8,8 @@ PACKAGES=(
   build-essential cmake ninja-build pkgconf ccache
   # libraries of the core
   libeigen3-dev libboost-math-dev libcurl4-openssl-dev
+  # figures: PLplot with its cairo drivers, and libjpeg for JPEG export
+  libplplot-dev plplot-driver-cairo libjpeg-dev
   # the window front end and the terminal console
   libwxgtk3.2-dev libedit-dev
   # tests and helper scripts; the window is tested under a virtual X server
