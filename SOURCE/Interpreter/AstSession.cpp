@@ -124,7 +124,7 @@ void SessionCommand::Execute(ExecContext& context) const {
       if (context.session().postToFrontEnd) {
         // With a window, the program runs beside it and its output reaches the console as it comes.
         context.dispatcher().Print("Output from system console:\n\n");
-        context.RequestFrontEnd(*this, {FrontEndRequest::Kind::RunExternal, *value.string});
+        context.RequestFrontEnd(*this, {FrontEndRequest::Kind::RunExternal, *value.string, nullptr});
         return;
       }
       context.dispatcher().Print("Output from system console:\n\n" + ShellOutput(*value.string));
@@ -141,7 +141,7 @@ void SessionCommand::Execute(ExecContext& context) const {
         }
         InterruptibleSleep(context, (*value.matrix)(0, 0));
       } else if (context.session().postToFrontEnd) {
-        context.RequestFrontEnd(*this, {FrontEndRequest::Kind::Pause, {}});
+        context.RequestFrontEnd(*this, {FrontEndRequest::Kind::Pause, {}, nullptr});
       } else if (isatty(STDIN_FILENO)) {
         // Without a window, a terminal waits for Enter; a run fed from a pipe or file goes on.
         context.dispatcher().Print("Paused: press Enter to continue.\n");

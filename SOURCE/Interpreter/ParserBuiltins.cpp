@@ -2,6 +2,16 @@
 #include "AstBuiltins.h"
 #include "TavixParser.h"
 
+bool TavixParser::IsOptionName(int type) {
+  switch (type) {
+    case tok::STRING: case tok::LIT_CONSTRAINTS: case tok::LIT_PREFIX: case tok::LIT_STATS:
+    case tok::LIT_DIFF: case tok::LIT_LAGS: case tok::LIT_MA:
+      return true;
+    default:
+      return false;
+  }
+}
+
 bool TavixParser::StartsBuiltin() const {
   return FindBuiltin(std::string(m_stream.Text(LT(1)))) != nullptr;
 }
@@ -68,7 +78,7 @@ std::unique_ptr<BuiltinCallExpression> TavixParser::builtin_function(bool execut
   m_bracketContext.push_back(false);
   const BuiltinRow& row = *node->row;
   const int most = row.MaxArguments();
-  const bool optionFirst = LA(1) == tok::STRING && LA(2) == tok::ASSIGN;
+  const bool optionFirst = IsOptionName(LA(1)) && LA(2) == tok::ASSIGN;
   const bool noArguments = row.Accepts(0) && (LA(1) == tok::CPAREN || (row.namedOptions && optionFirst));
   while (!noArguments && static_cast<int>(node->arguments.size()) < most) {
     const bool bareName = ((row.nameArguments >> node->arguments.size()) & 1u) != 0 && LA(1) == tok::ID;
@@ -78,7 +88,7 @@ std::unique_ptr<BuiltinCallExpression> TavixParser::builtin_function(bool execut
       match(tok::COLON, ExpressionStarters());
       node->arguments.push_back(expr(execute));
     }
-    const bool optionNext = LA(1) == tok::COMMA && LA(2) == tok::STRING && LA(3) == tok::ASSIGN;
+    const bool optionNext = LA(1) == tok::COMMA && IsOptionName(LA(2)) && LA(3) == tok::ASSIGN;
     const bool ends = LA(1) != tok::COMMA || (row.namedOptions && optionNext);
     if (count == most || (row.Accepts(count) && ends)) break;
     // A count the function does not take: the next argument is required.
@@ -87,7 +97,8 @@ std::unique_ptr<BuiltinCallExpression> TavixParser::builtin_function(bool execut
   while (row.namedOptions && (LA(1) == tok::COMMA || (node->arguments.empty() && optionFirst &&
                                                       node->options.empty()))) {
     if (LA(1) == tok::COMMA) m_stream.Consume();
-    const Token& name = match(tok::STRING, {tok::ASSIGN});
+    const Token& name = IsOptionName(LA(1)) ? LT(1) : match(tok::STRING, {tok::ASSIGN});
+    if (IsOptionName(LA(1))) m_stream.Consume();
     match(tok::ASSIGN, ExpressionStarters());
     std::string text = TextOf(name);
     node->options.push_back({text.substr(1, text.size() - 2), option_value(execute)});

@@ -133,8 +133,6 @@ ModelEquation TavixParser::model_equation() {
 // (COMMA model_option)*, where model_option: LIT_CONSTRAINTS ASSIGN lconstr
 //   | (STRING | LIT_PREFIX | LIT_STATS | LIT_DIFF | LIT_LAGS | LIT_MA) ASSIGN (BTRUEFALSE | expr)
 void TavixParser::model_options(ModelExpression& node, bool execute) {
-  static const TokenSet kNames = {tok::STRING, tok::LIT_CONSTRAINTS, tok::LIT_PREFIX, tok::LIT_STATS,
-                                  tok::LIT_DIFF, tok::LIT_LAGS, tok::LIT_MA};
   while (LA(1) == tok::COMMA) {
     m_stream.Consume();
     if (LA(1) == tok::LIT_CONSTRAINTS) {
@@ -144,8 +142,8 @@ void TavixParser::model_options(ModelExpression& node, bool execute) {
       node.constraints = lconstr();
       continue;
     }
-    const Token& name = kNames.Contains(LA(1)) ? LT(1) : match(tok::STRING, {tok::ASSIGN});
-    if (kNames.Contains(LA(1))) m_stream.Consume();
+    const Token& name = IsOptionName(LA(1)) ? LT(1) : match(tok::STRING, {tok::ASSIGN});
+    if (IsOptionName(LA(1))) m_stream.Consume();
     const std::string text = TextOf(name);
     match(tok::ASSIGN, ExpressionStarters());
     node.options.push_back(model_option(text.substr(1, text.size() - 2), name.index, execute));

@@ -111,6 +111,9 @@ public:
   ExpressionPtr name_list();
   ExpressionPtr option_value(bool execute);
   StatementPtr builtin_statement(bool execute);
+  // The tokens an option's name may be: a string, or one of the quoted words the lexer reads as
+  // tokens of their own ("constraints", "lags", "diff", ...).
+  static bool IsOptionName(int type);
   // Whether the next token is the keyword of a built-in function.
   bool StartsBuiltin() const;
   StatementPtr multi_assign(bool execute);
