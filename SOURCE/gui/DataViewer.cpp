@@ -41,6 +41,23 @@ std::string FormatCount(long long count) {
 
 namespace gridview {
 
+void BuildViewer(wxPanel* panel, const wxString& label, int choiceId, wxChoice*& choice, wxStaticText*& info,
+                 wxGrid*& grid) {
+  auto* caption = new wxStaticText(panel, wxID_ANY, label);
+  choice = new wxChoice(panel, choiceId, wxDefaultPosition, wxSize(panel->FromDIP(180), -1));
+  info = new wxStaticText(panel, wxID_ANY, wxEmptyString);
+  info->SetForegroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_GRAYTEXT));
+  grid = CreateReadOnlyGrid(panel);
+  auto* bar = new wxBoxSizer(wxHORIZONTAL);
+  bar->Add(caption, 0, wxALIGN_CENTRE_VERTICAL | wxRIGHT, panel->FromDIP(6));
+  bar->Add(choice, 0, wxALIGN_CENTRE_VERTICAL | wxRIGHT, panel->FromDIP(12));
+  bar->Add(info, 1, wxALIGN_CENTRE_VERTICAL);
+  auto* sizer = new wxBoxSizer(wxVERTICAL);
+  sizer->Add(bar, 0, wxEXPAND | wxALL, panel->FromDIP(4));
+  sizer->Add(grid, 1, wxEXPAND);
+  panel->SetSizer(sizer);
+}
+
 namespace {
 
 // Cells beyond this count are not copied: the text would be too large to be of use.
@@ -276,21 +293,8 @@ private:
 }  // namespace
 
 DataGrid::DataGrid(wxWindow* parent) : wxPanel(parent, wxID_ANY) {
-  auto* label = new wxStaticText(this, wxID_ANY, "Dataset:");
-  m_choice = new wxChoice(this, kDatasetChoiceId, wxDefaultPosition, wxSize(FromDIP(180), -1));
-  m_info = new wxStaticText(this, wxID_ANY, wxEmptyString);
-  m_info->SetForegroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_GRAYTEXT));
-  m_grid = gridview::CreateReadOnlyGrid(this);
+  gridview::BuildViewer(this, "Dataset:", kDatasetChoiceId, m_choice, m_info, m_grid);
   m_grid->SetTable(new DatasetTable(nullptr), true, wxGrid::wxGridSelectCells);
-
-  auto* bar = new wxBoxSizer(wxHORIZONTAL);
-  bar->Add(label, 0, wxALIGN_CENTRE_VERTICAL | wxRIGHT, FromDIP(6));
-  bar->Add(m_choice, 0, wxALIGN_CENTRE_VERTICAL | wxRIGHT, FromDIP(12));
-  bar->Add(m_info, 1, wxALIGN_CENTRE_VERTICAL);
-  auto* sizer = new wxBoxSizer(wxVERTICAL);
-  sizer->Add(bar, 0, wxEXPAND | wxALL, FromDIP(4));
-  sizer->Add(m_grid, 1, wxEXPAND);
-  SetSizer(sizer);
 
   m_choice->Bind(wxEVT_CHOICE, [this](wxCommandEvent&) {
     m_chosen = m_choice->GetStringSelection().utf8_string();

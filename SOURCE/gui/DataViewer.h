@@ -27,6 +27,10 @@ std::string FormatCount(long long count);
 
 namespace gridview {
 
+// Lays out a viewer: `label`, a choice (`choiceId`) and an information text on one line above a
+// read-only grid.
+void BuildViewer(wxPanel* panel, const wxString& label, int choiceId, wxChoice*& choice, wxStaticText*& info,
+                 wxGrid*& grid);
 // A grid for the viewers: read-only, no row resizing, no text overflowing into neighbours, and
 // Ctrl+C copying the selection.
 wxGrid* CreateReadOnlyGrid(wxWindow* parent);

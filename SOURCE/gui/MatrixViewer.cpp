@@ -71,21 +71,8 @@ private:
 }  // namespace
 
 MatrixGrid::MatrixGrid(wxWindow* parent) : wxPanel(parent, wxID_ANY) {
-  auto* label = new wxStaticText(this, wxID_ANY, "Matrix:");
-  m_choice = new wxChoice(this, kMatrixChoiceId, wxDefaultPosition, wxSize(FromDIP(180), -1));
-  m_info = new wxStaticText(this, wxID_ANY, wxEmptyString);
-  m_info->SetForegroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_GRAYTEXT));
-  m_grid = gridview::CreateReadOnlyGrid(this);
+  gridview::BuildViewer(this, "Matrix:", kMatrixChoiceId, m_choice, m_info, m_grid);
   m_grid->SetTable(new MatrixTable(nullptr), true, wxGrid::wxGridSelectCells);
-
-  auto* bar = new wxBoxSizer(wxHORIZONTAL);
-  bar->Add(label, 0, wxALIGN_CENTRE_VERTICAL | wxRIGHT, FromDIP(6));
-  bar->Add(m_choice, 0, wxALIGN_CENTRE_VERTICAL | wxRIGHT, FromDIP(12));
-  bar->Add(m_info, 1, wxALIGN_CENTRE_VERTICAL);
-  auto* sizer = new wxBoxSizer(wxVERTICAL);
-  sizer->Add(bar, 0, wxEXPAND | wxALL, FromDIP(4));
-  sizer->Add(m_grid, 1, wxEXPAND);
-  SetSizer(sizer);
 
   m_choice->Bind(wxEVT_CHOICE, [this](wxCommandEvent&) {
     m_chosen = m_choice->GetStringSelection().utf8_string();

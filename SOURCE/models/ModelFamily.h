@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -54,6 +55,17 @@ public:
   virtual ~ModelJob() = default;
   // Samples and returns the estimated model; null when the user interrupted.
   virtual std::shared_ptr<Model> Estimate(const ModelRunContext& context) = 0;
+};
+
+// A job given as a function over the family's checked data (a closure that owns a copy of it).
+class ModelJobFunction : public ModelJob {
+public:
+  using Function = std::function<std::shared_ptr<Model>(const ModelRunContext& context)>;
+  explicit ModelJobFunction(Function estimate) : m_estimate(std::move(estimate)) {}
+  std::shared_ptr<Model> Estimate(const ModelRunContext& context) override { return m_estimate(context); }
+
+private:
+  Function m_estimate;
 };
 
 // A family's interpreter: checks the statement's options and data; returns "OK" and sets `job`,

@@ -33,91 +33,16 @@ void DescribeObservations(Model& model, const ModelData& data) {
   model.Description().observationsDropped = data.dropped;
 }
 
-class LMJob : public ModelJob {
-public:
-  LMJob(Eigen::VectorXd gibbs, ModelData data, LinearPrior prior, double a, double b,
-        std::vector<std::string> labels)
-      : m_gibbs(std::move(gibbs)), m_data(std::move(data)), m_prior(std::move(prior)), m_a(a),
-        m_b(b), m_labels(std::move(labels)) {}
-
-  std::shared_ptr<Model> Estimate(const ModelRunContext& context) override {
-    LM estimator(m_gibbs);
-    if (!estimator.Sample(m_data.y, m_data.X, m_prior, m_a, m_b, context.out, context.interrupt)) {
-      return nullptr;
-    }
-    m_labels.push_back("tau");
-    auto model = std::make_shared<MIM_LinearFamily>(estimator, "LM", "Linear regression model",
-                                                    m_labels, estimator.logML, estimator.logML_CJ);
-    DescribeObservations(*model, m_data);
-    return model;
-  }
-
-private:
-  Eigen::VectorXd m_gibbs;
-  ModelData m_data;
-  LinearPrior m_prior;
-  double m_a, m_b;
-  std::vector<std::string> m_labels;
-};
-
-class LMHetJob : public ModelJob {
-public:
-  // `prior` is the joint prior of the coefficients of both lists; labels likewise.
-  LMHetJob(Eigen::VectorXd gibbs, ModelData data, LinearPrior prior, std::vector<std::string> labels)
-      : m_gibbs(std::move(gibbs)), m_data(std::move(data)), m_prior(std::move(prior)),
-        m_labels(std::move(labels)) {}
-
-  std::shared_ptr<Model> Estimate(const ModelRunContext& context) override {
-    LM_HET estimator(m_gibbs);
-    if (!estimator.Sample(m_data.y, m_data.X, m_data.Z, m_prior, context.out, context.interrupt)) {
-      return nullptr;
-    }
-    auto model = std::make_shared<MIM_LinearFamily>(
-        estimator, "LM_HET", "Linear regression model with heteroskedastic errors", m_labels,
-        estimator.logML, estimator.logML_CJ);
-    DescribeObservations(*model, m_data);
-    return model;
-  }
-
-private:
-  Eigen::VectorXd m_gibbs;
-  ModelData m_data;
-  LinearPrior m_prior;
-  std::vector<std::string> m_labels;
-};
-
-class LMREJob : public ModelJob {
-public:
-  LMREJob(Eigen::VectorXd gibbs, ModelData data, std::vector<int> groups, LinearPrior prior,
-          double a, double b, double aRe, double bRe, bool chib, std::vector<std::string> labels)
-      : m_gibbs(std::move(gibbs)), m_data(std::move(data)), m_groups(std::move(groups)),
-        m_prior(std::move(prior)), m_a(a), m_b(b), m_aRe(aRe), m_bRe(bRe), m_chib(chib),
-        m_labels(std::move(labels)) {}
-
-  std::shared_ptr<Model> Estimate(const ModelRunContext& context) override {
-    LM_RE estimator(m_gibbs);
-    if (!estimator.Sample(m_data.y, m_data.X, m_groups, m_prior, m_a, m_b, m_aRe, m_bRe, m_chib,
-                          context.out, context.interrupt)) {
-      return nullptr;
-    }
-    m_labels.push_back("tau");
-    m_labels.push_back("omega");
-    auto model = std::make_shared<MIM_LinearFamily>(
-        estimator, "LM_RE", "Linear regression model with individual effects", m_labels,
-        estimator.logML, estimator.logML_CJ);
-    DescribeObservations(*model, m_data);
-    return model;
-  }
-
-private:
-  Eigen::VectorXd m_gibbs;
-  ModelData m_data;
-  std::vector<int> m_groups;
-  LinearPrior m_prior;
-  double m_a, m_b, m_aRe, m_bRe;
-  bool m_chib;
-  std::vector<std::string> m_labels;
-};
+// The family's model from a finished estimator: its draws under `labels`, both marginal
+// likelihoods, and the observations used.
+template <class Estimator>
+std::shared_ptr<Model> LinearModel(const Estimator& estimator, const char* typeName, const char* title,
+                                   std::vector<std::string> labels, const ModelData& data) {
+  auto model = std::make_shared<MIM_LinearFamily>(estimator, typeName, title, std::move(labels),
+                                                  estimator.logML, estimator.logML_CJ);
+  DescribeObservations(*model, data);
+  return model;
+}
 
 // The group of each observation used, numbered from 0 in order of first appearance. Rows whose
 // group is missing are left out of `data` and counted as dropped. Returns "OK" or the message.
@@ -239,10 +164,14 @@ std::string Intrepr_LM1(const ModelRequest& request, std::unique_ptr<ModelJob>& 
     precision.bottomRightCorner(p, p) = Pz;
     std::vector<std::string> labels = request.labels;
     labels.insert(labels.end(), request.secondLabels.begin(), request.secondLabels.end());
-    job = std::make_unique<LMHetJob>(
-        gibbs, std::move(data),
-        LinearPrior::Combine(mean, precision, request.constraints.R, request.constraints.r, xi),
-        std::move(labels));
+    const LinearPrior joint =
+        LinearPrior::Combine(mean, precision, request.constraints.R, request.constraints.r, xi);
+    job = std::make_unique<ModelJobFunction>([=](const ModelRunContext& context) -> std::shared_ptr<Model> {
+      LM_HET estimator(gibbs);
+      if (!estimator.Sample(data.y, data.X, data.Z, joint, context.out, context.interrupt)) return nullptr;
+      return LinearModel(estimator, "LM_HET", "Linear regression model with heteroskedastic errors", labels,
+                         data);
+    });
     return "OK";
   }
 
@@ -257,12 +186,26 @@ std::string Intrepr_LM1(const ModelRequest& request, std::unique_ptr<ModelJob>& 
     status = ReadGammaPrior(request, "a_re", "b_re", kDefaultShape, kDefaultRate, aRe, bRe);
     if (status != "OK") return status;
     const auto chib = request.options.logical.find("logML_CJ");
-    job = std::make_unique<LMREJob>(gibbs, std::move(data), std::move(groups), prior, a, b, aRe,
-                                    bRe, chib != request.options.logical.end() && chib->second,
-                                    request.labels);
+    const bool withChib = chib != request.options.logical.end() && chib->second;
+    std::vector<std::string> labels = request.labels;
+    labels.insert(labels.end(), {"tau", "omega"});
+    job = std::make_unique<ModelJobFunction>([=](const ModelRunContext& context) -> std::shared_ptr<Model> {
+      LM_RE estimator(gibbs);
+      if (!estimator.Sample(data.y, data.X, groups, prior, a, b, aRe, bRe, withChib, context.out,
+                            context.interrupt)) {
+        return nullptr;
+      }
+      return LinearModel(estimator, "LM_RE", "Linear regression model with individual effects", labels, data);
+    });
     return "OK";
   }
-  job = std::make_unique<LMJob>(gibbs, std::move(data), prior, a, b, request.labels);
+  std::vector<std::string> labels = request.labels;
+  labels.push_back("tau");
+  job = std::make_unique<ModelJobFunction>([=](const ModelRunContext& context) -> std::shared_ptr<Model> {
+    LM estimator(gibbs);
+    if (!estimator.Sample(data.y, data.X, prior, a, b, context.out, context.interrupt)) return nullptr;
+    return LinearModel(estimator, "LM", "Linear regression model", labels, data);
+  });
   return "OK";
 }
 
