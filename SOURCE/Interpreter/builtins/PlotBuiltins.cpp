@@ -180,31 +180,34 @@ TavixValue Plot(const BuiltinCall& call) {
   return Place(call, NewPanel(call, o, std::move(series), "", ""), o.figure);
 }
 
-// hist(x): a histogram of each column (bins by the Freedman-Diaconis rule, or "bins").
-TavixValue Hist(const BuiltinCall& call) {
-  const PlotOptions o = ReadOptions(call, "bins");
+// A series for each column of argument 0 (a row vector is one column), made by `make` from the
+// column's values that are not missing, of which there must be at least `least`.
+template <class Make>
+std::vector<Series> PerColumn(const BuiltinCall& call, Eigen::Index least, Make make) {
   const Eigen::MatrixXd data = Data(call, 0);
   const Eigen::MatrixXd X = data.rows() == 1 ? Eigen::MatrixXd(data.transpose()) : data;
   std::vector<Series> series;
-  for (Eigen::Index j = 0; j < X.cols(); ++j) {
-    const Eigen::VectorXd x = Sample(call, X, j, 1);
+  for (Eigen::Index j = 0; j < X.cols(); ++j) series.push_back(make(Sample(call, X, j, least), j));
+  return series;
+}
+
+// hist(x): a histogram of each column (bins by the Freedman-Diaconis rule, or "bins").
+TavixValue Hist(const BuiltinCall& call) {
+  const PlotOptions o = ReadOptions(call, "bins");
+  auto series = PerColumn(call, 1, [&](const Eigen::VectorXd& x, Eigen::Index) {
     Series s;
     s.kind = SeriesKind::Histogram;
     numerics::HistogramCounts(x, o.bins > 0 ? o.bins : numerics::HistogramBins(x), s.x, s.y);
-    series.push_back(std::move(s));
-  }
+    return s;
+  });
   return Place(call, NewPanel(call, o, std::move(series), "", "frequency"), o.figure);
 }
 
 // kden(x): a Gaussian kernel density of each column (Silverman's bandwidth, or "bandwidth").
 TavixValue KDen(const BuiltinCall& call) {
   const PlotOptions o = ReadOptions(call, "bandwidth");
-  const Eigen::MatrixXd data = Data(call, 0);
-  const Eigen::MatrixXd X = data.rows() == 1 ? Eigen::MatrixXd(data.transpose()) : data;
-  std::vector<Series> series;
-  for (Eigen::Index j = 0; j < X.cols(); ++j) {
-    const Eigen::VectorXd x = Sample(call, X, j, 2);
-    double h = o.bandwidth > 0.0 ? o.bandwidth : numerics::SilvermanBandwidth(x);
+  auto series = PerColumn(call, 2, [&](const Eigen::VectorXd& x, Eigen::Index j) {
+    const double h = o.bandwidth > 0.0 ? o.bandwidth : numerics::SilvermanBandwidth(x);
     if (!(h > 0.0) || !std::isfinite(h)) {
       call.Fail("The values of column " + std::to_string(j + 1) +
                 " are all equal: give a positive \"bandwidth\" to draw their density.");
@@ -212,8 +215,8 @@ TavixValue KDen(const BuiltinCall& call) {
     Series s;
     s.kind = SeriesKind::KDensity;
     numerics::KernelDensity(x, h, 256, s.x, s.y);
-    series.push_back(std::move(s));
-  }
+    return s;
+  });
   return Place(call, NewPanel(call, o, std::move(series), "", "density"), o.figure);
 }
 
