@@ -4,6 +4,10 @@ set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
+# Compiler caches are shared between checkouts in different folders: paths below the sources
+# are hashed relative to them.
+export CCACHE_BASEDIR=${CCACHE_BASEDIR:-$PWD}
+
 build_dir=${1:-build}
 shift || true
 
