@@ -43,6 +43,7 @@ if bash scripts/build.sh build; then
     echo "=== Unit, fuzz and script tests under the sanitizers (build-sanitize/)"
     # A distinct exit code, so a sanitizer report never passes for a script's own error status.
     export ASAN_OPTIONS=${ASAN_OPTIONS:-exitcode=99:detect_leaks=1}
+    export LSAN_OPTIONS=${LSAN_OPTIONS:-suppressions=$PWD/tests/lsan.supp:print_suppressions=0}
     export UBSAN_OPTIONS=${UBSAN_OPTIONS:-exitcode=99:print_stacktrace=1:halt_on_error=1}
     run_ctest build-sanitize -L '^(unit|fuzz|scripts|stat)$'
   else
