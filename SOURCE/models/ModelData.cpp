@@ -60,18 +60,26 @@ std::string ExtractModelData(const ModelRequest& request, ModelData& data,
     return "No observation of dataset \"" + request.datasetName +
            "\" has values for every variable of the model.";
   }
-  const auto used = static_cast<Eigen::Index>(data.rows.size());
-  data.dropped = static_cast<long>(n - used);
-  data.y.resize(used);
-  data.X.resize(used, X.cols());
-  data.Z.resize(used, Z.cols());
-  data.extra.resize(used, extra.cols());
-  for (Eigen::Index r = 0; r < used; ++r) {
-    const Eigen::Index i = data.rows[static_cast<std::size_t>(r)];
-    data.y(r) = y(i);
-    data.X.row(r) = X.row(i);
-    data.Z.row(r) = Z.row(i);
-    data.extra.row(r) = extra.row(i);
-  }
+  ModelData all;
+  all.y = std::move(y);
+  all.X = std::move(X);
+  all.Z = std::move(Z);
+  all.extra = std::move(extra);
+  all.rows.resize(static_cast<std::size_t>(n));
+  for (Eigen::Index i = 0; i < n; ++i) all.rows[static_cast<std::size_t>(i)] = i;
+  const std::vector<Eigen::Index> complete = std::move(data.rows);
+  data = KeepObservations(all, complete);
+  data.dropped = static_cast<long>(n) - static_cast<long>(complete.size());
   return "OK";
+}
+
+ModelData KeepObservations(const ModelData& data, const std::vector<Eigen::Index>& keep) {
+  ModelData kept;
+  kept.y = data.y(keep);
+  kept.X = data.X(keep, Eigen::all);
+  kept.Z = data.Z(keep, Eigen::all);
+  kept.extra = data.extra(keep, Eigen::all);
+  for (Eigen::Index r : keep) kept.rows.push_back(data.rows[static_cast<std::size_t>(r)]);
+  kept.dropped = data.dropped;
+  return kept;
 }

@@ -24,3 +24,7 @@ struct ModelData {
 // not have, a string variable, no complete observation).
 std::string ExtractModelData(const ModelRequest& request, ModelData& data,
                              const std::vector<std::string>& extraVariables = {});
+
+// The observations `keep` (positions in `data`, in order) of `data`; the count of dropped rows is
+// carried over.
+ModelData KeepObservations(const ModelData& data, const std::vector<Eigen::Index>& keep);

@@ -69,20 +69,7 @@ std::string ReadGroups(const ModelRequest& request, ModelData& data, std::vector
            "\" has values for every variable of the model and its group variable.";
   }
   if (keep.size() < data.rows.size()) {
-    const auto used = static_cast<Eigen::Index>(keep.size());
-    ModelData kept;
-    kept.y.resize(used);
-    kept.X.resize(used, data.X.cols());
-    kept.Z.resize(used, data.Z.cols());
-    kept.extra.resize(used, data.extra.cols());
-    for (Eigen::Index i = 0; i < used; ++i) {
-      const Eigen::Index r = keep[static_cast<std::size_t>(i)];
-      kept.y(i) = data.y(r);
-      kept.X.row(i) = data.X.row(r);
-      kept.Z.row(i) = data.Z.row(r);
-      kept.extra.row(i) = data.extra.row(r);
-      kept.rows.push_back(data.rows[static_cast<std::size_t>(r)]);
-    }
+    ModelData kept = KeepObservations(data, keep);
     kept.dropped = data.dropped + static_cast<long>(data.rows.size() - keep.size());
     data = std::move(kept);
   }
