@@ -2,9 +2,12 @@
 #include "AstModels.h"
 
 #include <chrono>
+#include <cmath>
 #include <cstdio>
+#include <set>
 
 #include "Dataset.h"
+#include "Estimator.h"
 #include "ExecContext.h"
 #include "Model.h"
 #include "TavixError.h"
@@ -66,7 +69,42 @@ std::string WorkspaceNameOf(const Workspace& ws, const std::shared_ptr<Dataset>&
   return fallback;
 }
 
+// A variable may appear once in a list: twice would give two coefficients of the same label
+// that the data cannot tell apart.
+void RefuseRepeatedVariable(ExecContext& context, const Node& at, const std::vector<std::string>& list,
+                            const std::string& what) {
+  std::set<std::string> seen;
+  for (const std::string& name : list) {
+    if (!seen.insert(name).second) {
+      context.Fail(at, "Variable \"" + name + "\" appears more than once in the " + what + ".");
+    }
+  }
+}
+
 std::string Labelled(const std::string& prefix, const std::string& name) { return prefix + "$" + name; }
+
+// Results that are not numbers mean the data defeated the arithmetic (values so large or small
+// that their squares overflow or vanish, a chain that never moved): say so rather than leave a
+// table of dashes and zeros to be read as an answer.
+void WarnAboutNonFiniteResults(ExecContext& context, const Node& at, const Model& model) {
+  const numerics::DrawSummary& s = model.Summary();
+  std::vector<std::string> bad;
+  for (std::size_t j = 0; j < model.Labels().size(); ++j) {
+    const auto i = static_cast<Eigen::Index>(j);
+    if (!std::isfinite(s.mean(i)) || !std::isfinite(s.sd(i)) || s.sd(i) == 0.0) bad.push_back(model.Labels()[j]);
+  }
+  const bool logML = std::isnan(model.ScalarResult("logML"));
+  if (bad.empty() && !logML) return;
+  std::string message = "The estimates of this model are not reliable:";
+  if (!bad.empty()) {
+    message += " the draws of";
+    for (const auto& label : bad) message += " " + label;
+    message += " are not finite or never changed;";
+  }
+  if (logML) message += " the log-marginal likelihood could not be computed;";
+  message += " check the scale of the data and the number of draws.";
+  context.Warn(at, message);
+}
 
 }  // namespace
 
@@ -81,6 +119,10 @@ TavixValue ModelExpression::Evaluate(ExecContext& context) const {
   const std::string prefix = SecondListPrefix(keyword);
   for (const auto& z : equation.secondList) request.secondLabels.push_back(Labelled(prefix, z));
 
+  for (const ModelEquation& e : equations) {
+    RefuseRepeatedVariable(context, *this, e.regressors, "list of regressors");
+    RefuseRepeatedVariable(context, *this, e.secondList, "second list of variables");
+  }
   ReadOptions(context, *this, request);
   Workspace& ws = context.workspace();
   if (!request.dataset) {
@@ -102,6 +144,12 @@ TavixValue ModelExpression::Evaluate(ExecContext& context) const {
     for (const ConstraintNode& c : constraints) {
       request.constraints.texts.push_back(context.stream().Text(c.first, c.last));
     }
+    for (const auto& [i, j] : ContradictingConstraints(request.constraints)) {
+      context.Warn(constraints[j], "The constraints \"" + request.constraints.texts[i] + "\" and \"" +
+                                       request.constraints.texts[j] +
+                                       "\" contradict each other: no coefficients satisfy both, and the "
+                                       "estimates will sit between the two.");
+    }
   }
 
   if (WithoutEstimator(keyword)) {
@@ -116,8 +164,17 @@ TavixValue ModelExpression::Evaluate(ExecContext& context) const {
   if (status != "OK") context.Fail(*this, status);
 
   const auto start = std::chrono::steady_clock::now();
-  std::shared_ptr<Model> model =
-      job->Estimate(ModelRunContext{context.dispatcher(), &context.session().interruptRequested});
+  std::shared_ptr<Model> model;
+  try {
+    model = job->Estimate(ModelRunContext{context.dispatcher(), &context.session().interruptRequested});
+  } catch (const EstimationRefused& refusal) {
+    context.dispatcher().HideProgressBar();
+    context.Fail(*this, refusal.what());
+  } catch (const std::bad_alloc&) {
+    context.dispatcher().HideProgressBar();
+    context.Fail(*this, "There is not enough memory to estimate model \"" + keyword +
+                            "\": lower \"draws\" or \"chains\", or raise \"thin\".");
+  }
   if (!model) {
     context.CheckInterrupt();
     throw TavixInterrupted{};
@@ -136,6 +193,7 @@ TavixValue ModelExpression::Evaluate(ExecContext& context) const {
   model->AddResult("nobs", Eigen::MatrixXd::Constant(1, 1, static_cast<double>(description.observations)));
   model->SetDataset(request.dataset, request.datasetName);
   model->PrintResults(context.dispatcher());
+  WarnAboutNonFiniteResults(context, *this, *model);
   return TavixValue::FromModel(model);
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Ast.h"
@@ -72,3 +73,7 @@ std::string ResolveConstraints(const std::vector<ConstraintNode>& constraints,
                                const std::vector<std::string>& labels,
                                const std::vector<std::string>& secondLabels,
                                LinearConstraints& out, const ConstraintNode*& failing);
+
+// Pairs (i, j), i < j, of constraints that set the same combination of coefficients (up to a
+// factor) to different values, so that no coefficients can satisfy both.
+std::vector<std::pair<std::size_t, std::size_t>> ContradictingConstraints(const LinearConstraints& constraints);

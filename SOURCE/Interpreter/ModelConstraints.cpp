@@ -1,4 +1,5 @@
 // Linear constraints of model statements: terms resolved against the coefficient labels.
+#include <cmath>
 #include <set>
 
 #include "AstModels.h"
@@ -51,4 +52,24 @@ std::string ResolveConstraints(const std::vector<ConstraintNode>& constraints,
   }
   failing = nullptr;
   return "";
+}
+
+std::vector<std::pair<std::size_t, std::size_t>> ContradictingConstraints(const LinearConstraints& constraints) {
+  std::vector<std::pair<std::size_t, std::size_t>> pairs;
+  const Eigen::MatrixXd& R = constraints.R;
+  for (Eigen::Index i = 0; i < R.rows(); ++i) {
+    Eigen::Index pivot = 0;
+    R.row(i).cwiseAbs().maxCoeff(&pivot);
+    if (R(i, pivot) == 0.0) continue;
+    for (Eigen::Index j = i + 1; j < R.rows(); ++j) {
+      const double factor = R(j, pivot) / R(i, pivot);
+      if (factor == 0.0 || (R.row(j) - factor * R.row(i)).cwiseAbs().maxCoeff() > 0.0) continue;
+      const double expected = factor * constraints.r(i);
+      const double scale = std::max({1.0, std::fabs(expected), std::fabs(constraints.r(j))});
+      if (std::fabs(constraints.r(j) - expected) > 1e-12 * scale) {
+        pairs.emplace_back(static_cast<std::size_t>(i), static_cast<std::size_t>(j));
+      }
+    }
+  }
+  return pairs;
 }

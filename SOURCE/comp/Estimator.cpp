@@ -3,7 +3,12 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdio>
+#include <fstream>
+#include <string>
 #include <thread>
+
+#include <unistd.h>
 
 #include "EventDispatcher.h"
 
@@ -26,6 +31,45 @@ Eigen::VectorXd GibbsSettings::ToVector() const {
   return v;
 }
 
+double AvailableMemoryBytes() {
+  std::ifstream meminfo("/proc/meminfo");
+  std::string key;
+  double kilobytes = 0.0;
+  std::string unit;
+  while (meminfo >> key >> kilobytes >> unit) {
+    if (key == "MemAvailable:") return kilobytes * 1024.0;
+  }
+  const long pages = sysconf(_SC_AVPHYS_PAGES);
+  const long size = sysconf(_SC_PAGESIZE);
+  return pages > 0 && size > 0 ? static_cast<double>(pages) * static_cast<double>(size) : 0.0;
+}
+
+namespace {
+
+// The draws are held by the estimator, pooled once for the marginal likelihoods and once more by
+// the model, and transformed once for the summaries: about four copies at the peak.
+constexpr double kCopiesOfDraws = 4.0;
+
+std::string Gigabytes(double bytes) {
+  char buffer[32];
+  std::snprintf(buffer, sizeof buffer, "%.1f GB", bytes / 1e9);
+  return buffer;
+}
+
+void CheckMemory(const GibbsSettings& settings, int parameters) {
+  const double needed = kCopiesOfDraws * static_cast<double>(settings.KeptDraws()) *
+                        static_cast<double>(settings.chains) * static_cast<double>(parameters) *
+                        static_cast<double>(sizeof(double));
+  const double available = AvailableMemoryBytes();
+  if (available > 0.0 && needed > available) {
+    throw EstimationRefused("The draws of this model would need about " + Gigabytes(needed) +
+                            " of memory, but only " + Gigabytes(available) +
+                            " are available: lower \"draws\" or \"chains\", or raise \"thin\".");
+  }
+}
+
+}  // namespace
+
 std::uint64_t Estimator::ChainSeed(std::uint64_t seed, int chain) {
   // Chain 0 uses the seed itself; further chains are spread by a large odd constant.
   return seed + static_cast<std::uint64_t>(chain) * 0x9E3779B97F4A7C15ull;
@@ -37,6 +81,7 @@ bool Estimator::RunChains(const std::function<std::unique_ptr<GibbsChain>(int)>&
   const int chains = static_cast<int>(m_settings.chains);
   const long kept = m_settings.KeptDraws();
   const long sweeps = m_settings.burnin + kept * m_settings.thin;
+  CheckMemory(m_settings, parameters);
   m_stop = false;
   m_draws.assign(chains, Eigen::MatrixXd(kept, parameters));
   m_chains.clear();

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,16 @@ struct GibbsSettings {
   // Draws kept per chain: one in every `thin` of `draws`.
   long KeptDraws() const { return draws / thin; }
 };
+
+// An estimation that cannot be carried out (its draws would not fit in memory, ...): the model
+// statement reports the message.
+class EstimationRefused : public std::runtime_error {
+public:
+  using std::runtime_error::runtime_error;
+};
+
+// Bytes of memory the system can still give without swapping (0 when it cannot be told).
+double AvailableMemoryBytes();
 
 // A row of a chain's draws matrix (column-major, so its elements are strided).
 using DrawRow = Eigen::Ref<Eigen::RowVectorXd, 0, Eigen::InnerStride<>>;
@@ -57,7 +68,8 @@ public:
   // Samples every chain: `makeChain(c)` builds chain c's state; each keeps its recorded
   // parameters in one preallocated matrix (rows: kept draws). Progress goes to `out` from the
   // calling thread; `userInterrupt`, when given, is watched and stops the threads. Returns false
-  // when interrupted (the draws are then incomplete).
+  // when interrupted (the draws are then incomplete). Raises EstimationRefused, before
+  // allocating anything, when the draws and the copies made of them would not fit in memory.
   bool RunChains(const std::function<std::unique_ptr<GibbsChain>(int)>& makeChain, int parameters,
                  const EventDispatcher& out, const std::atomic<bool>* userInterrupt);
 

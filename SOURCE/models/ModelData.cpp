@@ -2,10 +2,15 @@
 #include "ModelData.h"
 
 #include <cmath>
+#include <cstdio>
+#include <string>
 
 #include "Dataset.h"
 
 namespace {
+
+// Beyond this magnitude sums of squares overflow (or come close) for any sample size.
+constexpr double kLargestModelValue = 1e100;
 
 // The column of one variable over all rows, or the message why it cannot be used.
 std::string Column(const ModelRequest& request, const std::string& name, Eigen::VectorXd& out) {
@@ -22,6 +27,21 @@ std::string Column(const ModelRequest& request, const std::string& name, Eigen::
            "\" is a string variable and cannot be used in a model.";
   }
   out = d.GetVariable(name);
+  for (Eigen::Index i = 0; i < out.size(); ++i) {
+    const double x = out(i);
+    if (std::isinf(x)) {
+      return "Variable \"" + name + "\" of dataset \"" + request.datasetName +
+             "\" has an infinite value (observation " + std::to_string(i + 1) +
+             "): models need finite data.";
+    }
+    if (std::fabs(x) > kLargestModelValue) {
+      char value[32];
+      std::snprintf(value, sizeof value, "%g", x);
+      return "Variable \"" + name + "\" of dataset \"" + request.datasetName + "\" has the value " +
+             value + " (observation " + std::to_string(i + 1) +
+             "): rescale it, since the squares of such values overflow.";
+    }
+  }
   return "OK";
 }
 

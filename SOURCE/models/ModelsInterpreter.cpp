@@ -90,6 +90,17 @@ std::string ModelsInterpreter::read_Gibbs(const std::map<std::string, Eigen::Mat
     }
     gibbs(i) = static_cast<double>(value);
   }
+  if (gibbs(2) > kMaxChains) {
+    return "\"chains\" must not exceed " + std::to_string(kMaxChains) + ".";
+  }
+  const double kept = std::floor(gibbs(0) / gibbs(3));
+  if (kept < kMinKeptDraws) {
+    return "With \"thin\" = " + std::to_string(static_cast<long long>(gibbs(3))) + ", only " +
+           std::to_string(static_cast<long long>(kept)) + " of the " +
+           std::to_string(static_cast<long long>(gibbs(0))) +
+           " draws of each chain would be kept; at least " + std::to_string(kMinKeptDraws) +
+           " are needed: raise \"draws\" or lower \"thin\".";
+  }
   return "OK";
 }
 

@@ -28,7 +28,8 @@ struct ModelsInterpreter {
   static std::vector<Eigen::Index> locs_Binaries(const Eigen::MatrixXd& data);
   static std::vector<Eigen::Index> locs_Constants(const Eigen::MatrixXd& data);
 
-  // The five Gibbs settings (draws, burnin, chains, thin, seed), defaults 20000, 10000, 1, 1, 42.
+  // The five Gibbs settings (draws, burnin, chains, thin, seed), defaults 20000, 10000, 1, 1, 42;
+  // at most kMaxChains chains, and at least kMinKeptDraws draws kept per chain.
   static std::string read_Gibbs(const std::map<std::string, Eigen::MatrixXd>& numeric,
                                 Eigen::VectorXd& gibbs);
   // The precision of `count` linear constraints: "Xi" checked for size, symmetry and positive
@@ -41,6 +42,9 @@ struct ModelsInterpreter {
                                              Eigen::Index count, const std::vector<int>& classOf,
                                              Eigen::MatrixXd& xi);
 
+  static constexpr long kMaxChains = 1000;
+  // Fewer kept draws leave nothing to summarise: no spread, no diagnostics.
+  static constexpr long kMinKeptDraws = 10;
   // Constraints hold practically exactly unless "Xi" says otherwise.
   static constexpr double kDefaultConstraintPrecision = 1e8;
 };

@@ -8,12 +8,14 @@
 
 #include "Estimator.h"
 #include "LinearPrior.h"
+#include "RegressionStatistics.h"
 
 class EventDispatcher;
 
 // y = X b + e, e ~ N(0, 1/tau): b ~ N(m, P^-1) (constraints folded in), tau ~ Gamma(a, b).
-// The Gibbs sampler draws b | tau and tau | b; both need only X'X, X'y and y'y, computed once,
-// so a draw costs the same whatever the number of observations. Records b, then tau.
+// The Gibbs sampler draws b | tau and tau | b; both need only the regression's cross-products,
+// computed once (stably, from a QR factor), so a draw costs the same whatever the number of
+// observations. Records b, then tau.
 class LM : public Estimator {
 public:
   explicit LM(const Eigen::VectorXd& gibbs) : Estimator(gibbs) {}
@@ -30,14 +32,10 @@ public:
   double LogLikelihood(const Eigen::VectorXd& coefficients, double tau) const;
 
 private:
-  Eigen::MatrixXd m_XtX;
-  Eigen::VectorXd m_Xty;
-  double m_yty = 0.0;
-  double m_n = 0.0;
+  RegressionStatistics m_stats;
   LinearPrior m_prior;
   double m_a = 0.0;
   double m_b = 0.0;
 
-  double SumOfSquares(const Eigen::VectorXd& coefficients) const;
   void MarginalLikelihoods(const Eigen::MatrixXd& pooled);
 };

@@ -135,16 +135,19 @@ double LM_HET::LogKernelOfD(const Eigen::VectorXd& d, Conditional& out) const {
 
   // y | d ~ N(X E[b | d], W^-1 + X Q_bb^-1 X'), written with the canonical forms of the prior
   // of b given d (Q_bb, h) and of its posterior (A, c):
-  // log p(y | d) = -n/2 log 2pi + 1/2 log|W| - 1/2 y'Wy + 1/2 log|Q_bb| - 1/2 h'Q_bb^-1 h
-  //                - 1/2 log|A| + 1/2 c'A^-1 c.
-  const Eigen::VectorXd h = m_hb - m_Qbd * d;
-  const double hQh = m_QbbFactor.matrixL().solve(h).squaredNorm();
-  const double cAc = out.llt.matrixL().solve(out.c).squaredNorm();
-  const double ytWy = (out.w.array() * m_y2.array()).sum();
+  // log p(y | d) = -n/2 log 2pi + 1/2 log|W| + 1/2 log|Q_bb| - 1/2 log|A| - 1/2 S, where
+  // S = y'Wy + h'Q_bb^-1 h - c'A^-1 c is the minimum over b of
+  // (y - Xb)'W(y - Xb) + (b - Q_bb^-1 h)'Q_bb(b - Q_bb^-1 h), reached at b = A^-1 c. S is
+  // computed from the residuals at that b: the three-term form cancels when y's level is large.
+  out.priorMean = m_QbbFactor.solve(m_hb - m_Qbd * d);
+  out.mean = out.llt.solve(out.c);
+  out.residual.noalias() = m_y - m_X * out.mean;
+  out.priorMean -= out.mean;  // now the shift of the mean from the prior's
+  const double S = (out.w.array() * out.residual.array().square()).sum() +
+                   out.priorMean.dot(m_Qbb * out.priorMean);
   const double n = static_cast<double>(m_y.size());
-  const double logLikelihood = -0.5 * n * kLog2Pi + 0.5 * m_zSum.dot(d) - 0.5 * ytWy +
-                               0.5 * m_QbbLogDet - 0.5 * hQh - 0.5 * LogDeterminant(out.llt) +
-                               0.5 * cAc;
+  const double logLikelihood = -0.5 * n * kLog2Pi + 0.5 * m_zSum.dot(d) + 0.5 * m_QbbLogDet -
+                               0.5 * LogDeterminant(out.llt) - 0.5 * S;
   const Eigen::VectorXd dev = d - m_dMean;
   const double logPrior = -0.5 * static_cast<double>(d.size()) * kLog2Pi +
                           0.5 * m_dPrecisionLogDet - 0.5 * dev.dot(m_dPrecision * dev);
@@ -158,7 +161,6 @@ bool LM_HET::Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd& X, const Ei
   const Eigen::Index k = X.cols();
   const Eigen::Index p = Z.cols();
   m_y = y;
-  m_y2 = y.array().square();
   m_X = X;
   m_Z = Z;
   m_zSum = Z.colwise().sum().transpose();

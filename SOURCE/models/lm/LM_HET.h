@@ -42,6 +42,7 @@ public:
     Eigen::MatrixXd A;   // X'WX + Q_bb: the precision of b | d, y
     Eigen::LLT<Eigen::MatrixXd> llt;
     Eigen::VectorXd c;  // X'Wy + h_b - Q_bd d: A times the mean of b | d, y
+    Eigen::VectorXd mean, residual, priorMean;  // scratch of the sum of squares at the mean
   };
   // log p(y | d) + log p(d), b integrated out; -infinity where it cannot be evaluated.
   double LogKernelOfD(const Eigen::VectorXd& d, Conditional& out) const;
@@ -50,7 +51,7 @@ public:
   double ProposalScale() const { return m_scale; }
 
 private:
-  Eigen::VectorXd m_y, m_y2;
+  Eigen::VectorXd m_y;
   Eigen::MatrixXd m_X, m_Z;
   Eigen::VectorXd m_zSum;  // Z'1
   LinearPrior m_prior;

@@ -95,8 +95,7 @@ void LM_RE::DrawCoefficientsAndEffects(double tau, double omega, RandomEngine& r
 
 double LM_RE::SumOfSquares(const Eigen::VectorXd& coefficients, const Eigen::VectorXd& effects,
                            const Eigen::VectorXd& groupResidual) const {
-  const double regression =
-      m_yty - 2.0 * coefficients.dot(m_Xty) + coefficients.dot(m_XtX * coefficients);
+  const double regression = m_stats.SumOfSquares(coefficients);
   const double withEffects = regression - 2.0 * effects.dot(groupResidual) +
                              (m_groupSize.array() * effects.array().square()).sum();
   return std::max(0.0, withEffects);
@@ -107,8 +106,7 @@ double LM_RE::LogIntegratedLikelihood(const Eigen::VectorXd& coefficients, doubl
   // Per group, V_i = tau^-1 I + omega^-1 11' has |V_i| = tau^-T_i (1 + tau T_i / omega) and
   // V_i^-1 = tau I - tau^2 / (omega + tau T_i) 11' (Sherman-Morrison), so each group needs only
   // its residuals' sum of squares and sum.
-  const double squares =
-      std::max(0.0, m_yty - 2.0 * coefficients.dot(m_Xty) + coefficients.dot(m_XtX * coefficients));
+  const double squares = m_stats.SumOfSquares(coefficients);
   const Eigen::VectorXd sums = m_groupY - m_groupX.transpose() * coefficients;
   double logDet = 0.0;
   double between = 0.0;
@@ -133,9 +131,7 @@ bool LM_RE::Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd& X,
   m_aRe = aRe;
   m_bRe = bRe;
   m_n = static_cast<double>(y.size());
-  m_XtX = X.transpose() * X;
-  m_Xty = X.transpose() * y;
-  m_yty = y.squaredNorm();
+  m_stats = RegressionStatistics(X, y);
   m_groupX = Eigen::MatrixXd::Zero(k, N);
   m_groupY = Eigen::VectorXd::Zero(N);
   m_groupSize = Eigen::VectorXd::Zero(N);
@@ -149,8 +145,8 @@ bool LM_RE::Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd& X,
   m_sizes.clear();
   m_sizeSS.clear();
   m_sizeSY.clear();
-  m_withinXX = m_XtX;
-  m_withinXy = m_Xty;
+  m_withinXX = m_stats.XtX();
+  m_withinXy = m_stats.Xty();
   for (Eigen::Index g = 0; g < N; ++g) {
     const double T = m_groupSize(g);
     auto [it, added] = sizeIndex.try_emplace(T, m_sizes.size());
@@ -172,8 +168,8 @@ bool LM_RE::Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd& X,
   // spread of the group means of the residuals beyond what tau explains. Chains are spread by a
   // factor between 1/4 and 4 (tau up, omega down) so that R-hat can reveal slow mixing.
   const Eigen::VectorXd fit =
-      (m_XtX + prior.precision).llt().solve(m_Xty + prior.precisionTimesMean);
-  const double squares = std::max(0.0, m_yty - 2.0 * fit.dot(m_Xty) + fit.dot(m_XtX * fit));
+      (m_stats.XtX() + prior.precision).llt().solve(m_stats.Xty() + prior.precisionTimesMean);
+  const double squares = m_stats.SumOfSquares(fit);
   const double tau0 = (m_n + 1.0) / (squares + 1.0);
   const Eigen::ArrayXd groupMeans =
       (m_groupY - m_groupX.transpose() * fit).array() / m_groupSize.array();
@@ -220,7 +216,7 @@ bool LM_RE::ChibJeliazkov(const Eigen::MatrixXd& pooled,
                           const std::atomic<bool>* interrupt) {
   // p(y) = p(y | b*, tau*, omega*) p(b*) p(tau*) p(omega*) /
   //        (p(omega* | y) p(tau* | omega*, y) p(b* | tau*, omega*, y)).
-  const Eigen::Index k = m_Xty.size();
+  const Eigen::Index k = m_stats.Xty().size();
   const Eigen::VectorXd bStar = pooled.leftCols(k).colwise().mean().transpose();
   const double tauStar = pooled.col(k).mean();
   const double omegaStar = pooled.col(k + 1).mean();

@@ -9,6 +9,7 @@
 
 #include "Estimator.h"
 #include "LinearPrior.h"
+#include "RegressionStatistics.h"
 
 class EventDispatcher;
 
@@ -69,9 +70,7 @@ public:
   }
 
 private:
-  Eigen::MatrixXd m_XtX;
-  Eigen::VectorXd m_Xty;
-  double m_yty = 0.0;
+  RegressionStatistics m_stats;
   double m_n = 0.0;
   Eigen::MatrixXd m_groupX;     // k x N: the sums of X over each group's observations
   Eigen::VectorXd m_groupY;     // N: the sums of y over each group
