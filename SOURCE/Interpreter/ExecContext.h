@@ -7,6 +7,8 @@
 #include "Session.h"
 #include "TokenStream.h"
 
+class Model;
+
 // One per parser: the session it works on, the token stream its nodes point into, the input
 // name and line offset for reports, and the statement now running.
 class ExecContext {
@@ -18,6 +20,9 @@ public:
         m_inputName(std::move(inputName)), m_lineOffset(lineOffset) {}
   ExecContext(Session& session, const TokenStream& stream, std::string inputName, long lineOffset)
       : ExecContext(session, session.workspace, stream, std::move(inputName), lineOffset) {}
+
+  // While `test` evaluates its conditions: the model whose parameter labels name draws.
+  const Model* drawScope = nullptr;
 
   Session& session() const { return m_session; }
   Workspace& workspace() const { return m_workspace; }

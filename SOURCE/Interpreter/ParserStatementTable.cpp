@@ -84,6 +84,16 @@ const Row kStatementRows[] = {
     {tok::MODELS6, {&TavixParser::model_statement, false}},
     {tok::MODELS7, {&TavixParser::model_statement, false}},
     {tok::MODELSJAGSBUGSSTAN, {&TavixParser::model_statement, false}},
+    {tok::DIAGNOSTICS, {&TavixParser::print_assign_matrix, false}},
+    {tok::MFX, {&TavixParser::print_assign_matrix, false}},
+    {tok::TEST, {&TavixParser::print_assign_matrix, false}},
+    {tok::IRF, {&TavixParser::plot_assign_statement, false}},
+    {tok::PLOTDRAWS, {&TavixParser::plot_assign_statement, false}},
+    {tok::FORECAST, {&TavixParser::forecast_statement, false}},
+    {tok::PREDICT, {&TavixParser::predict_statement, false}},
+    {tok::PMP, {&TavixParser::comparing_statement, false}},
+    {tok::STABTEST, {&TavixParser::stabtest_statement, false}},
+    {tok::STORE, {&TavixParser::store_statement, false}},
 };
 
 std::array<Rule, tok::TOKEN_TYPE_COUNT> BuildTable() {

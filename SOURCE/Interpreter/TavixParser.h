@@ -22,6 +22,8 @@ struct ModelExpression;
 struct ModelEquation;
 struct ModelOptionNode;
 struct ConstraintNode;
+struct PostOptionNode;
+struct PostEstimationStatement;
 
 // Raised instead of a report while an alternative is tried speculatively; Speculate catches it.
 struct BacktrackFailure {};
@@ -120,6 +122,18 @@ public:
 
   // close(all) and close(title).
   StatementPtr close_statement(bool execute);
+
+  // Post-estimation statements (one shared rule behind the statement table's names).
+  StatementPtr print_assign_matrix(bool execute);
+  StatementPtr plot_assign_statement(bool execute);
+  StatementPtr forecast_statement(bool execute);
+  StatementPtr predict_statement(bool execute);
+  StatementPtr comparing_statement(bool execute);
+  StatementPtr stabtest_statement(bool execute);
+  StatementPtr store_statement(bool execute);
+  StatementPtr postestimation_statement(bool execute);
+  PostOptionNode post_option(bool execute);
+  void post_item(PostEstimationStatement& node, bool execute);
 
   // Model statements.
   bool StartsModel() const;
@@ -222,6 +236,8 @@ protected:
   // Inside a matrix literal, whether the sign at LT(1) starts a new element.
   bool SignStartsNewElement() const;
 
+  // While the conditions of `test` are read: names (and prefix$name) are parameter labels.
+  bool m_drawLabels = false;
   // Whether each open bracket is a matrix literal's (true) or parentheses (false).
   std::vector<bool> m_bracketContext;
   // Follow sets of the rules being parsed, innermost last.

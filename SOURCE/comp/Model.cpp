@@ -7,6 +7,7 @@
 #include <limits>
 
 #include "EventDispatcher.h"
+#include "ModelDiagnostics.h"
 #include "ValueKind.h"
 
 namespace {
@@ -33,7 +34,33 @@ std::string Joined(const std::vector<std::string>& names) {
   return text;
 }
 
+std::map<std::string, std::function<std::shared_ptr<Model>()>>& ModelClasses() {
+  static std::map<std::string, std::function<std::shared_ptr<Model>()>> classes;
+  return classes;
+}
+
 }  // namespace
+
+std::shared_ptr<Model> Model::Create(const std::string& typeName) {
+  const auto& classes = ModelClasses();
+  const auto it = classes.find(typeName);
+  return it == classes.end() ? std::shared_ptr<Model>(new Model()) : it->second();
+}
+
+void Model::RegisterClass(const std::string& typeName, std::function<std::shared_ptr<Model>()> make) {
+  ModelClasses()[typeName] = std::move(make);
+}
+
+std::string Model::RunAction(const std::string& action, const ActionOptions&, const ActionContext&,
+                             ActionResult&) const {
+  return "Model \"" + TypeName() + "\" has no \"" + action + "\" action.";
+}
+
+bool Model::PrintDiagnostics(const EventDispatcher& out) const {
+  if (m_draws.empty() || m_draws.front().rows() == 0 || m_labels.empty()) return false;
+  out.Print(FormatDiagnostics(m_draws, m_labels));
+  return true;
+}
 
 void Model::SetDraws(std::vector<Eigen::MatrixXd> draws, std::vector<std::string> labels) {
   m_draws = std::move(draws);

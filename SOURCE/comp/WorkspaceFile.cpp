@@ -269,7 +269,10 @@ std::shared_ptr<Model> ReadModel(std::istream& in, std::string& datasetName, boo
     const std::string name = ReadText(in);
     model->AddResult(name, ReadMatrix(in));
   }
-  return model;
+  // The model of its estimator's class, so that it acts after loading as it did when saved.
+  std::shared_ptr<Model> typed = Model::Create(d.typeName);
+  typed->CopyContentsFrom(*model);
+  return typed;
 }
 
 // Models read from a file, with the names of their datasets, linked once every record is read.

@@ -11,6 +11,7 @@
 
 #include "DataViewer.h"
 #include "FrameDialogs.h"
+#include "TestDialogs.h"
 #include "Icons.h"
 #include "KeywordTable.h"
 #include "MatrixViewer.h"
@@ -122,8 +123,8 @@ void TavixFrame::BuildMenus() {
   }
 
   auto* tests = new wxMenu;
-  tests->Append(ids::TestParameters, "&Parameter Restrictions")->Enable(false);
-  tests->Append(ids::CompareModels, "&Model Comparison")->Enable(false);
+  tests->Append(ids::TestParameters, "&Parameter Restrictions");
+  tests->Append(ids::CompareModels, "&Model Comparison");
 
   auto* interfaces = new wxMenu;
   const std::pair<int, const char*> engines[] = {{6067, "&JAGS"}, {6068, "&OpenBUGS"}, {6069, "&Stan"},
@@ -172,6 +173,7 @@ void TavixFrame::BuildMenus() {
   Bind(wxEVT_MENU, &TavixFrame::OnSummarizeData, this, ids::SummarizeData);
   Bind(wxEVT_MENU, &TavixFrame::OnClearDataset, this, ids::ClearDataset);
   Bind(wxEVT_MENU, &TavixFrame::OnLinearModelDialog, this, ids::LMDialog, ids::LMREDialog);
+  Bind(wxEVT_MENU, &TavixFrame::OnTestDialog, this, ids::TestParameters, ids::CompareModels);
   Bind(wxEVT_MENU, &TavixFrame::OnShowPane, this, ids::ShowScriptWindow, ids::ViewMatrixGrid);
   Bind(wxEVT_MENU, &TavixFrame::OnOptions, this, ids::Options);
   Bind(wxEVT_MENU, &TavixFrame::OnDirectories, this, ids::Directories);
@@ -344,6 +346,18 @@ void TavixFrame::OnLinearModelDialog(wxCommandEvent& event) {
     return;
   }
   const std::string code = AskLinearModel(this, event.GetId() - ids::LMDialog, m_session.workspace.datasets);
+  if (!code.empty()) PrintAndRun(code);
+}
+
+void TavixFrame::OnTestDialog(wxCommandEvent& event) {
+  if (m_jobRunning) {
+    CallTheParser("from the GUI");
+    return;
+  }
+  const auto& models = m_session.workspace.models;
+  const std::string code = event.GetId() == ids::TestParameters
+                               ? AskParameterTest(this, models, m_modelsPane->SelectedName())
+                               : AskModelComparison(this, models);
   if (!code.empty()) PrintAndRun(code);
 }
 

@@ -101,6 +101,7 @@ private:
   void OnSummarizeData(wxCommandEvent& event);
   void OnClearDataset(wxCommandEvent& event);
   void OnLinearModelDialog(wxCommandEvent& event);
+  void OnTestDialog(wxCommandEvent& event);
   void OnShowPane(wxCommandEvent& event);
   void OnOptions(wxCommandEvent& event);
   void OnDirectories(wxCommandEvent& event);

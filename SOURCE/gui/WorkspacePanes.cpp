@@ -361,6 +361,10 @@ ModelsPane::ModelsPane(wxWindow* parent, wxEvtHandler* commands)
       this, m_list, kPrintModelId, kClearModelId,
       [](wxMenu& menu) {
         menu.Append(kPrintModelId, "&Print");
+        menu.Append(kDiagnosticsId, "&Diagnostics");
+        menu.Append(kPlotDrawsId, "Plot &Draws");
+        menu.Append(kMarginalEffectsId, "&Marginal Effects");
+        menu.Append(kPredictionsId, "P&redictions");
         menu.AppendSeparator();
         menu.Append(kClearModelId, "&Clear...");
       },
@@ -386,6 +390,10 @@ void ModelsPane::Update(const std::map<std::string, std::shared_ptr<Model>>& mod
 void ModelsPane::OnMenu(int id, const std::string& name) {
   switch (id) {
     case kPrintModelId: PostPrintAndRun(m_commands, "print(" + name + ");"); break;
+    case kDiagnosticsId: PostPrintAndRun(m_commands, "diagnostics(\"model\" = " + name + ");"); break;
+    case kPlotDrawsId: PostPrintAndRun(m_commands, "plotdraws(\"model\" = " + name + ");"); break;
+    case kMarginalEffectsId: PostPrintAndRun(m_commands, "mfx(\"model\" = " + name + ");"); break;
+    case kPredictionsId: PostPrintAndRun(m_commands, "predict(\"model\" = " + name + ", \"stats\" = true);"); break;
     case kClearModelId: ConfirmClear(this, m_commands, name, "model"); break;
     default: break;
   }
@@ -436,4 +444,5 @@ void MatricesPane::OnMenu(int id, const std::string& name) {
 
 std::vector<std::string> DatasetsPane::Names() const { return m_list->Names(); }
 std::vector<std::string> ModelsPane::Names() const { return m_list->Names(); }
+std::string ModelsPane::SelectedName() const { return m_list->SelectedName(); }
 std::vector<std::string> MatricesPane::Names() const { return m_list->Names(); }

@@ -19,7 +19,11 @@ inline constexpr int kPrintMatrixId = 6030;
 inline constexpr int kExportMatrixId = 6031;
 inline constexpr int kClearMatrixId = 6032;
 inline constexpr int kPrintModelId = 6033;
+inline constexpr int kPlotDrawsId = 6035;
 inline constexpr int kClearModelId = 6037;
+inline constexpr int kDiagnosticsId = 6038;
+inline constexpr int kMarginalEffectsId = 6039;
+inline constexpr int kPredictionsId = 6040;
 inline constexpr int kPrintDatasetId = 6040;
 inline constexpr int kSummaryDatasetId = 6041;
 inline constexpr int kExportDatasetId = 6042;
@@ -53,6 +57,8 @@ public:
   void Update(const std::map<std::string, std::shared_ptr<Model>>& models);
   // The names listed, in the order shown.
   std::vector<std::string> Names() const;
+  // The model chosen in the list ("" when none is).
+  std::string SelectedName() const;
 
 private:
   void OnMenu(int id, const std::string& name);

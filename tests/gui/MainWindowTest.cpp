@@ -173,6 +173,27 @@ TEST_F(MainWindow, FiguresOpenInWindowsAndClose) {
   EXPECT_EQ(s_frame->GetSession().figures.Find(second), nullptr);
 }
 
+// plotdraws opens a window of the model's draws (every parameter when none is named), as the
+// models pane's "Plot Draws" asks; its picture is kept beside the test for a person to look at.
+TEST_F(MainWindow, DrawsOfAModelOpenInAFigureWindow) {
+  Type("seed(5);\nq = dataset([normrnd(0, 1, 200, 2)], {u, v});\n"
+       "mq = lm(u ~ constant v, \"draws\" = 1000, \"burnin\" = 100, \"chains\" = 2, \"dataset\" = q);\n"
+       "plotdraws(\"model\" = mq);");
+  const std::string text = Console();
+  const std::size_t at = text.find("Draws of u$constant, u$v and tau of model \"mq\" in \"");
+  ASSERT_NE(at, std::string::npos) << text;
+  const std::size_t start = text.find('"', text.find(" in \"", at)) + 1;
+  const std::string title = text.substr(start, text.find('"', start) - start);
+  FigureWindow* window = s_frame->FigureWindowOf(title);
+  ASSERT_NE(window, nullptr) << title;
+  window->SetSize(1100, 800);
+  ASSERT_TRUE(PumpUntil([&] { return window->Picture().IsOk() && window->Picture().GetWidth() > 900; }, 5.0));
+  EXPECT_TRUE(window->Picture().ConvertToImage().SaveFile(
+      wxString::FromUTF8(std::string(TAVIX_BINARY_DIR) + "/plotdraws_window.png"), wxBITMAP_TYPE_PNG));
+  Type("diagnostics(\"model\" = mq);");
+  EXPECT_NE(Console().find("R-hat"), std::string::npos);
+}
+
 // Not a check: the window as a user sees it, saved beside the test for a person to look at.
 TEST_F(MainWindow, Screenshot) {
   Type("seed(3);\nfirms = dataset([normrnd(0, 1, 500, 2), round(unifrnd(500, 1) * 10)], {sales, costs, staff});\n"

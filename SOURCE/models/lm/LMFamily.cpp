@@ -35,11 +35,11 @@ void DescribeObservations(Model& model, const ModelData& data) {
 
 // The family's model from a finished estimator: its draws under `labels`, both marginal
 // likelihoods, and the observations used.
-template <class Estimator>
+template <class Mim = MIM_LinearFamily, class Estimator>
 std::shared_ptr<Model> LinearModel(const Estimator& estimator, const char* typeName, const char* title,
                                    std::vector<std::string> labels, const ModelData& data) {
-  auto model = std::make_shared<MIM_LinearFamily>(estimator, typeName, title, std::move(labels),
-                                                  estimator.logML, estimator.logML_CJ);
+  auto model = std::make_shared<Mim>();
+  model->SetEstimates(estimator, typeName, title, std::move(labels), estimator.logML, estimator.logML_CJ);
   DescribeObservations(*model, data);
   return model;
 }
@@ -182,7 +182,7 @@ std::string Intrepr_LM1(const ModelRequest& request, std::unique_ptr<ModelJob>& 
                             context.interrupt)) {
         return nullptr;
       }
-      return LinearModel(estimator, "LM_RE", "Linear regression model with individual effects", labels, data);
+      return LinearModel<MIM_LM_RE>(estimator, "LM_RE", "Linear regression model with individual effects", labels, data);
     });
     return "OK";
   }
