@@ -45,12 +45,16 @@ TavixValue Inv(const BuiltinCall& call) {
   return TavixValue::FromMatrix(MatrixXd(lu.inverse()));
 }
 
-// The Cholesky factorisation behind invpd and chol; refuses matrices that are not positive
-// definite (only the lower triangle is read, as the factorisation does).
+// The Cholesky factorisation behind invpd and chol; refuses matrices that are not symmetric (the
+// factorisation reads only the lower triangle, so an upper one that disagrees would be ignored)
+// and those that are not positive definite.
 Eigen::LLT<MatrixXd> Cholesky(const BuiltinCall& call, const MatrixXd& a) {
   const std::string refusal =
       "\"" + call.Text(0) + "\" is not positive definite to machine precision.";
   if (!a.allFinite()) call.Fail(refusal);
+  if (!IsSymmetric(a)) {
+    call.Fail("The argument passed to \"" + call.Name() + "\" must be a symmetric matrix or dataset.");
+  }
   Eigen::LLT<MatrixXd> llt(a);
   if (llt.info() != Eigen::Success) call.Fail(refusal);
   return llt;
