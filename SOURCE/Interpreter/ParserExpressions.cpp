@@ -6,6 +6,7 @@
 
 #include "AstExpressions.h"
 #include "AstFunctions.h"
+#include "NumberText.h"
 #include "TavixParser.h"
 
 namespace {
@@ -13,7 +14,7 @@ namespace {
 // The value of a NUMBER token; the lexer guarantees its form.
 double NumberValue(std::string_view text) {
   double value = 0.0;
-  std::from_chars(text.data(), text.data() + text.size(), value);
+  TextToDouble(text, value);
   return value;
 }
 

@@ -2,13 +2,14 @@
 #include <charconv>
 
 #include "AstModels.h"
+#include "NumberText.h"
 #include "TavixParser.h"
 
 namespace {
 
 double NumberOf(std::string_view text) {
   double value = 0.0;
-  std::from_chars(text.data(), text.data() + text.size(), value);
+  TextToDouble(text, value);
   return value;
 }
 

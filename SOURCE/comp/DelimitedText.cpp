@@ -1,5 +1,6 @@
 #include "DelimitedText.h"
 
+
 #include <algorithm>
 #include <cctype>
 #include <charconv>
@@ -9,6 +10,7 @@
 #include <set>
 #include <unordered_map>
 
+#include "NumberText.h"
 #include "Dataset.h"
 
 namespace {
@@ -105,17 +107,7 @@ bool IsMissing(std::string_view cell) {
 }
 
 // The number a cell holds; false when it is not a number.
-bool ParseNumber(std::string_view cell, double& out) {
-  if (!cell.empty() && cell.front() == '+') cell.remove_prefix(1);
-  const char* end = cell.data() + cell.size();
-  const auto [stop, error] = std::from_chars(cell.data(), end, out);
-  if (error == std::errc::result_out_of_range) {
-    out = (!cell.empty() && cell.front() == '-') ? -std::numeric_limits<double>::infinity()
-                                                 : std::numeric_limits<double>::infinity();
-    return stop == end;
-  }
-  return error == std::errc() && stop == end;
-}
+bool ParseNumber(std::string_view cell, double& out) { return TextToDouble(cell, out); }
 
 }  // namespace
 

@@ -1,5 +1,6 @@
 #include "WorkspaceFile.h"
 
+
 #include <charconv>
 #include <cstdio>
 #include <istream>
@@ -8,6 +9,7 @@
 #include <ostream>
 #include <sstream>
 
+#include "NumberText.h"
 #include "Dataset.h"
 #include "Model.h"
 #include "TavixStructure.h"
@@ -172,8 +174,7 @@ long long ReadInteger(std::istream& in) {
 
 double ParseNumber(const std::string& word) {
   double x = 0.0;
-  const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), x);
-  if (error != std::errc() || end != word.data() + word.size()) throw Malformed{};
+  if (!TextToDouble(word, x)) throw Malformed{};
   return x;
 }
 
