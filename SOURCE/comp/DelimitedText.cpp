@@ -24,9 +24,12 @@ public:
   long Line() const { return m_line; }
 
   // Reads the next field into `field` (a view into the text, or into `scratch` for a quoted field
-  // with doubled quotes); returns true when the field ended its line.
+  // with doubled quotes); returns true when the field ended its line. `Quoted()` then tells
+  // whether it was in quotes, `Unterminated()` whether its quote was never closed.
   bool Next(std::string_view& field, std::string& scratch) {
-    if (m_pos < m_text.size() && m_text[m_pos] == '"') {
+    m_quoted = m_pos < m_text.size() && m_text[m_pos] == '"';
+    if (m_quoted) {
+      m_quoteLine = m_line;
       ++m_pos;
       const std::size_t start = m_pos;
       bool doubled = false;
@@ -51,7 +54,11 @@ public:
         }
         field = scratch;
       }
-      if (m_pos < m_text.size()) ++m_pos;  // the closing quote
+      if (m_pos < m_text.size()) {
+        ++m_pos;  // the closing quote
+      } else {
+        m_unterminated = true;
+      }
       // Anything between the closing quote and the delimiter is dropped.
       while (m_pos < m_text.size() && m_text[m_pos] != m_delimiter && m_text[m_pos] != '\n' &&
              m_text[m_pos] != '\r') {
@@ -75,6 +82,22 @@ public:
     return true;
   }
 
+  bool Quoted() const { return m_quoted; }
+  bool Unterminated() const { return m_unterminated; }
+  long QuoteLine() const { return m_quoteLine; }
+
+  // Whether only line breaks remain.
+  bool OnlyLineBreaksLeft() const {
+    return m_text.find_first_not_of("\r\n", m_pos) == std::string_view::npos;
+  }
+  // Skips one empty line (a missing value in a file of one column).
+  void SkipLineBreak() {
+    if (m_pos < m_text.size() && m_text[m_pos] == '\r') ++m_pos;
+    if (m_pos < m_text.size() && m_text[m_pos] == '\n') ++m_pos;
+    ++m_line;
+  }
+  bool AtLineBreak() const { return m_pos < m_text.size() && (m_text[m_pos] == '\n' || m_text[m_pos] == '\r'); }
+
   // Skips lines that hold nothing (trailing line breaks).
   void SkipEmptyLines() {
     while (m_pos < m_text.size() && (m_text[m_pos] == '\n' || m_text[m_pos] == '\r')) {
@@ -94,6 +117,9 @@ private:
   char m_delimiter;
   std::size_t m_pos = 0;
   long m_line = 1;
+  bool m_quoted = false;
+  bool m_unterminated = false;
+  long m_quoteLine = 0;
 };
 
 std::string_view Trimmed(std::string_view s) {
@@ -111,15 +137,17 @@ bool ParseNumber(std::string_view cell, double& out) { return TextToDouble(cell,
 
 }  // namespace
 
-std::string ToIdentifier(const std::string& name, std::size_t column) {
+std::string ToIdentifier(const std::string& name, std::size_t column, const ReservedWord& reserved) {
   std::string id;
   for (unsigned char c : name) id += (std::isalnum(c) || c == '_') ? static_cast<char>(c) : '_';
   if (id.empty()) return "_V" + std::to_string(column + 1);
   if (std::isdigit(static_cast<unsigned char>(id.front()))) id.insert(id.begin(), '_');
+  // A word of the language cannot name a variable: "if" becomes "if_".
+  while (reserved && reserved(id)) id += '_';
   return id;
 }
 
-DelimitedImport ReadDelimited(std::string_view text, char delimiter) {
+DelimitedImport ReadDelimited(std::string_view text, char delimiter, const ReservedWord& reserved) {
   DelimitedImport result;
   if (text.substr(0, 3) == "\xEF\xBB\xBF") text.remove_prefix(3);
   FieldReader reader(text, delimiter);
@@ -137,8 +165,10 @@ DelimitedImport ReadDelimited(std::string_view text, char delimiter) {
   for (bool lineEnd = false; !lineEnd;) {
     lineEnd = reader.Next(field, scratch);
     const std::string original(Trimmed(field));
-    std::string name = ToIdentifier(original, names.size());
-    for (int k = 2; taken.count(name) > 0; ++k) name = ToIdentifier(original, names.size()) + "_" + std::to_string(k);
+    std::string name = ToIdentifier(original, names.size(), reserved);
+    for (int k = 2; taken.count(name) > 0; ++k) {
+      name = ToIdentifier(original, names.size(), reserved) + "_" + std::to_string(k);
+    }
     if (name != original) result.renamed.emplace_back(original, name);
     taken.insert(name);
     names.push_back(std::move(name));
@@ -151,15 +181,35 @@ DelimitedImport ReadDelimited(std::string_view text, char delimiter) {
   std::vector<std::vector<double>> numbers(columns);
   std::vector<bool> isString(columns, false);
   std::size_t rows = 0;
-  for (reader.SkipEmptyLines(); !reader.AtEnd(); reader.SkipEmptyLines()) {
+  // In a file of one column an empty line is a missing value; in others it is skipped. Line
+  // breaks at the end of the file end it in both.
+  const bool oneColumn = columns == 1;
+  auto nextRow = [&] {
+    if (!oneColumn) reader.SkipEmptyLines();
+    return !reader.AtEnd() && !reader.OnlyLineBreaksLeft();
+  };
+  while (nextRow()) {
     const long line = reader.Line();
     std::size_t column = 0;
+    if (oneColumn && reader.AtLineBreak()) {
+      reader.SkipLineBreak();
+      numbers[0].push_back(std::numeric_limits<double>::quiet_NaN());
+      ++rows;
+      continue;
+    }
     for (bool lineEnd = false; !lineEnd; ++column) {
       lineEnd = reader.Next(field, scratch);
+      if (reader.Unterminated()) {
+        result.error = "the quoted field that starts on line " + std::to_string(reader.QuoteLine()) +
+                       " is never closed.";
+        return result;
+      }
       if (column >= columns) continue;
-      const std::string_view cell = Trimmed(field);
+      // A quoted cell is text as written; an unquoted one is trimmed and may be a number.
+      const bool quoted = reader.Quoted();
+      const std::string_view cell = quoted ? field : Trimmed(field);
       double value = std::numeric_limits<double>::quiet_NaN();
-      if (!IsMissing(cell) && !ParseNumber(cell, value)) isString[column] = true;
+      if (quoted || (!IsMissing(cell) && !ParseNumber(cell, value))) isString[column] = true;
       numbers[column].push_back(value);
     }
     if (column != columns) {
@@ -174,11 +224,20 @@ DelimitedImport ReadDelimited(std::string_view text, char delimiter) {
   std::vector<std::vector<std::string>> texts(columns);
   if (std::find(isString.begin(), isString.end(), true) != isString.end()) {
     reader.Rewind(dataStart, dataLine);
-    for (reader.SkipEmptyLines(); !reader.AtEnd(); reader.SkipEmptyLines()) {
+    while (nextRow()) {
+      if (oneColumn && reader.AtLineBreak()) {
+        reader.SkipLineBreak();
+        texts[0].emplace_back();
+        continue;
+      }
       std::size_t column = 0;
       for (bool lineEnd = false; !lineEnd; ++column) {
         lineEnd = reader.Next(field, scratch);
         if (!isString[column]) continue;
+        if (reader.Quoted()) {
+          texts[column].emplace_back(field);
+          continue;
+        }
         const std::string_view cell = Trimmed(field);
         texts[column].emplace_back(IsMissing(cell) ? std::string_view() : cell);
       }
@@ -208,8 +267,15 @@ std::string Cell(double x) {
   return text;
 }
 
+// A string cell as written: in quotes when reading it back bare would change it (a delimiter,
+// quote or line break inside; blanks at either end, which are trimmed; a text that reads as a
+// number or a missing value, such as "007" or "NA").
 std::string Quoted(const std::string& text, char delimiter) {
-  if (text.find_first_of(std::string{delimiter, '"', '\n', '\r'}) == std::string::npos) return text;
+  double number = 0.0;
+  const bool plain = text.find_first_of(std::string{delimiter, '"', '\n', '\r'}) == std::string::npos &&
+                     Trimmed(text).size() == text.size() && (text.empty() || !IsMissing(text)) &&
+                     !ParseNumber(text, number);
+  if (plain && !text.empty()) return text;
   std::string quoted = "\"";
   for (char c : text) {
     quoted += c;
@@ -223,6 +289,9 @@ std::string Quoted(const std::string& text, char delimiter) {
 std::string WriteDelimited(const Dataset& dataset, char delimiter) {
   std::string out;
   const auto& names = dataset.VariableNames();
+  // An empty line would read back as a missing value only in a file of one column, and not at
+  // its end: there missing numbers are written "NA".
+  const std::string missing = names.size() == 1 ? "NA" : "";
   for (std::size_t j = 0; j < names.size(); ++j) out += (j ? std::string(1, delimiter) : "") + names[j];
   out += "\n";
   for (Eigen::Index i = 0; i < dataset.NumberOfObservations(); ++i) {
@@ -230,7 +299,8 @@ std::string WriteDelimited(const Dataset& dataset, char delimiter) {
       if (j) out += delimiter;
       const double x = dataset.Data()(i, static_cast<Eigen::Index>(j));
       out += dataset.IsStringVariable(names[j]) ? Quoted(dataset.StringValue(names[j], i), delimiter)
-                                                : Cell(x);
+             : std::isnan(x)                     ? missing
+                                                 : Cell(x);
     }
     out += "\n";
   }

@@ -1,6 +1,7 @@
 // Reading delimited text (a header row of names, then one observation per line) into a dataset.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -18,19 +19,29 @@ struct DelimitedImport {
   std::string error;
 };
 
-// Parses `text`: fields separated by `delimiter`, lines ended by LF, CRLF or CR; a field in double
-// quotes may hold delimiters, line breaks and doubled quotes; a leading UTF-8 byte-order mark is
-// skipped. Empty cells, "NA", "nan" and "." are missing values. A column with any other cell that
-// is not a number becomes a string variable. Lines with another number of fields than the header
-// are an error.
-DelimitedImport ReadDelimited(std::string_view text, char delimiter);
+// Whether a word is reserved by the language (a keyword or constant), so that it cannot name a
+// variable.
+using ReservedWord = std::function<bool(const std::string&)>;
 
-// The identifier a header name becomes: letters, digits and "_", not starting with a digit.
-std::string ToIdentifier(const std::string& name, std::size_t column);
+// Parses `text`: fields separated by `delimiter`, lines ended by LF, CRLF or CR; a field in double
+// quotes may hold delimiters, line breaks and doubled quotes, and is text as written (never a
+// number; its column is a string variable, and "" a missing text); a leading UTF-8 byte-order mark is skipped. Unquoted
+// cells are trimmed; empty ones, "NA", "nan", "NaN" and "." are missing values. A column with any
+// other cell that is not a number becomes a string variable. Empty lines are skipped, except in a
+// file of one column, where each is a missing value (line breaks at the end of the file are not).
+// Lines with another number of fields than the header, and a quote that is never closed, are
+// errors that name their line. Header names that are not identifiers, or are `reserved` words,
+// are renamed.
+DelimitedImport ReadDelimited(std::string_view text, char delimiter, const ReservedWord& reserved = {});
+
+// The identifier a header name becomes: letters, digits and "_", not starting with a digit, and
+// followed by "_" while it is a reserved word.
+std::string ToIdentifier(const std::string& name, std::size_t column, const ReservedWord& reserved = {});
 
 // A dataset as delimited text: a header row of names, then one line per observation; numbers
-// with all their digits, string variables as their texts (quoted when they hold the delimiter, a
-// quote or a line break), missing values as empty cells.
+// with all their digits, string variables as their texts (quoted when reading them back bare
+// would change them; a missing text as ""), missing numbers as empty cells ("NA" in a dataset of
+// one variable). ReadDelimited gives the same dataset back.
 std::string WriteDelimited(const Dataset& dataset, char delimiter);
 // A matrix as delimited text, one line per row, missing values as empty cells.
 std::string WriteDelimited(const Eigen::MatrixXd& matrix, char delimiter);

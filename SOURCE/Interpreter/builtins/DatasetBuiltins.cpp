@@ -8,6 +8,8 @@
 #include "Dataset.h"
 #include "DatasetSummary.h"
 #include "DelimitedText.h"
+#include "KeywordTable.h"
+#include "Token.h"
 #include "Download.h"
 #include "ExecContext.h"
 #include "ValueKind.h"
@@ -23,6 +25,11 @@ char Delimiter(const BuiltinCall& call) {
     if (*value.string == "\\t" || *value.string == "\t") return '\t';
   }
   call.Fail("The second argument of \"" + call.Name() + "\" should be \",\", \";\" or \"\\t\".");
+}
+
+// Words of the language (keywords, function names, constants) cannot name variables.
+bool IsReservedWord(const std::string& word) {
+  return KeywordType(word) != tok::ID;
 }
 
 // The warnings about a dataset whose shape suggests the wrong delimiter, and about renamed
@@ -42,7 +49,7 @@ void WarnAboutImport(const BuiltinCall& call, const DelimitedImport& imported) {
   if (!imported.renamed.empty()) {
     std::string list;
     for (const auto& [from, to] : imported.renamed) list += "\n\"" + from + "\" -> \"" + to + "\"";
-    call.Warn("Variable names that are not identifiers were changed:" + list);
+    call.Warn("Variable names that are not identifiers, or are words of the language, were changed:" + list);
   }
 }
 
@@ -67,8 +74,8 @@ TavixValue Import(const BuiltinCall& call) {
     in.read(text.data(), size);
   }
   if (!in && size > 0) call.Fail(cannot + "File is not readable.");
-  const DelimitedImport imported = ReadDelimited(text, delimiter);
-  if (!imported.error.empty()) call.Fail(cannot + "Incompatible file format.");
+  const DelimitedImport imported = ReadDelimited(text, delimiter, IsReservedWord);
+  if (!imported.error.empty()) call.Fail(cannot + "Incompatible file format: " + imported.error);
   WarnAboutImport(call, imported);
   return TavixValue::FromDataset(imported.dataset);
 }
@@ -92,9 +99,9 @@ TavixValue WebImport(const BuiltinCall& call) {
   std::string error;
   const std::string text = DownloadText(url, error);
   if (!error.empty()) call.Fail("Cannot import data from \"" + url + "\": " + error);
-  const DelimitedImport imported = ReadDelimited(text, delimiter);
+  const DelimitedImport imported = ReadDelimited(text, delimiter, IsReservedWord);
   if (!imported.error.empty()) {
-    call.Fail("Cannot import data from \"" + url + "\". Incompatible file format.");
+    call.Fail("Cannot import data from \"" + url + "\". Incompatible file format: " + imported.error);
   }
   WarnAboutImport(call, imported);
   return TavixValue::FromDataset(imported.dataset);
