@@ -1,6 +1,7 @@
 #include "WorkspaceFile.h"
 
 
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <istream>
@@ -288,7 +289,7 @@ thread_local std::vector<PendingModel>* t_pendingModels = nullptr;
 bool ReadValue(std::istream& in, std::string& name, TavixValue& value, int depth);
 
 std::shared_ptr<TavixStructure> ReadStructure(std::istream& in, int depth) {
-  if (depth > 1000) throw Malformed{};
+  if (depth > kMaxStructureDepth) throw Malformed{};
   const auto count = ReadInteger(in);
   if (count > Remaining(in)) throw Malformed{};
   in.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
@@ -321,6 +322,39 @@ bool ReadValue(std::istream& in, std::string& name, TavixValue& value, int depth
 }
 
 }  // namespace
+
+namespace {
+
+// How deep a structure nests (1 for one without structures inside), counted without recursion.
+int StructureDepth(const TavixStructure& top) {
+  int deepest = 0;
+  std::vector<std::pair<const TavixStructure*, int>> pending = {{&top, 1}};
+  std::vector<std::string> names;
+  while (!pending.empty()) {
+    const auto [s, depth] = pending.back();
+    pending.pop_back();
+    deepest = std::max(deepest, depth);
+    if (deepest > kMaxStructureDepth) break;
+    s->GetStructureNames(names);
+    for (const std::string& name : names) {
+      if (const auto inner = s->GetpStructure(name)) pending.emplace_back(inner.get(), depth + 1);
+    }
+  }
+  return deepest;
+}
+
+}  // namespace
+
+bool WorkspaceFitsFile(const Workspace& ws, std::string& message) {
+  for (const auto& [name, s] : ws.structures) {
+    if (s && StructureDepth(*s) > kMaxStructureDepth) {
+      message = "Structure \"" + name + "\" nests more than " + std::to_string(kMaxStructureDepth) +
+                " levels deep, more than a workspace file holds.";
+      return false;
+    }
+  }
+  return true;
+}
 
 int SaveWorkspace(const Workspace& ws, std::ostream& out) {
   int models = 0;

@@ -11,6 +11,13 @@ class Workspace;
 // The marker line that ends every string value in the file.
 inline constexpr const char* kEndOfString = "_#_end_of_string_#_";
 
+// Structures nest at most this deep in a workspace file, for save and load alike.
+inline constexpr int kMaxStructureDepth = 1000;
+
+// Whether SaveWorkspace can write everything so that LoadWorkspace reads it back; false with the
+// message when a structure nests deeper than kMaxStructureDepth.
+bool WorkspaceFitsFile(const Workspace& workspace, std::string& message);
+
 // Writes every matrix, string, dataset, model and structure of the workspace. Returns the number
 // of values that could not be written (none of the kinds above).
 int SaveWorkspace(const Workspace& workspace, std::ostream& out);

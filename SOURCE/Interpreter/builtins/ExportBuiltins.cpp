@@ -9,6 +9,7 @@
 #include "ExecContext.h"
 
 #include "BuiltinFamilies.h"
+#include "SafeFileWrite.h"
 #include "Dataset.h"
 #include "DelimitedText.h"
 #include "ValueKind.h"
@@ -108,10 +109,8 @@ TavixValue Export(const BuiltinCall& call) {
   CheckWritableDirectory(call, file);
   const std::string text = value.code == kind::DATASET ? WriteDelimited(*value.dataset, delimiter)
                                                        : WriteDelimited(*value.matrix, delimiter);
-  std::ofstream out(file, std::ios::binary);
-  out << text;
-  out.close();
-  if (!out) call.Fail("Could not export \"" + symbol + "\" to \"" + file + "\"");
+  const std::string problem = SafeFileWrite(file, [&](std::ostream& out) { return static_cast<bool>(out << text); });
+  if (!problem.empty()) call.Fail("Could not export \"" + symbol + "\" to \"" + file + "\": " + problem + ".");
   return {};
 }
 

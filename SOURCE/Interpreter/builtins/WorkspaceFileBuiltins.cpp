@@ -6,6 +6,7 @@
 #include "BuiltinFamilies.h"
 #include "ExecContext.h"
 #include "ValueKind.h"
+#include "SafeFileWrite.h"
 #include "WorkspaceFile.h"
 
 namespace {
@@ -32,18 +33,14 @@ TavixValue Save(const BuiltinCall& call) {
   if (error || (permissions & std::filesystem::perms::owner_write) == std::filesystem::perms::none) {
     call.Fail("Tavix does not have permission to write to \"" + directory.string() + "\"");
   }
-  // Written beside the file and renamed over it at the end, so a failure never destroys an
-  // earlier save.
-  const std::string partial = file + ".partial";
-  std::ofstream out(partial, std::ios::binary);
-  if (!out) call.Fail("File \"" + file + "\" cannot be opened for writing.");
-  const int skipped = SaveWorkspace(call.Context().workspace(), out);
-  out.close();
-  std::filesystem::rename(partial, file, error);
-  if (!out || error) {
-    std::filesystem::remove(partial, error);
-    call.Fail("File \"" + file + "\" cannot be opened for writing.");
-  }
+  std::string tooDeep;
+  if (!WorkspaceFitsFile(call.Context().workspace(), tooDeep)) call.Fail(tooDeep);
+  int skipped = 0;
+  const std::string problem = SafeFileWrite(file, [&](std::ostream& out) {
+    skipped = SaveWorkspace(call.Context().workspace(), out);
+    return static_cast<bool>(out);
+  });
+  if (!problem.empty()) call.Fail("The workspace cannot be saved to \"" + file + "\": " + problem + ".");
   if (skipped > 0) {
     call.Warn(std::to_string(skipped) + " value(s) of an unknown kind were left out of \"" + file + "\".");
   }
