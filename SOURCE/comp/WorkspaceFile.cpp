@@ -3,6 +3,9 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
+#include <functional>
+#include <set>
 #include <cstdio>
 #include <istream>
 #include <limits>
@@ -10,6 +13,7 @@
 #include <ostream>
 #include <sstream>
 
+#include "CheckID.h"
 #include "NumberText.h"
 #include "Dataset.h"
 #include "Model.h"
@@ -182,10 +186,10 @@ double ParseNumber(const std::string& word) {
 Eigen::MatrixXd ReadMatrix(std::istream& in) {
   const auto rows = static_cast<Eigen::Index>(ReadInteger(in));
   const auto cols = static_cast<Eigen::Index>(ReadInteger(in));
-  // Every element takes at least two bytes (a digit and a separator).
-  if (rows > 0 && cols > 0 && (rows > Remaining(in) || cols > Remaining(in) / 2 / rows)) {
-    throw Malformed{};
-  }
+  // Every element takes at least two bytes (a digit and a separator), and every row a line, so
+  // neither dimension can exceed what is left of the file, even for an empty matrix.
+  const std::streamoff left = Remaining(in);
+  if (rows > left || cols > left || (rows > 0 && cols > 0 && cols > left / 2 / rows)) throw Malformed{};
   Eigen::MatrixXd m(rows, cols);
   std::string word;
   for (Eigen::Index i = 0; i < rows; ++i) {
@@ -196,6 +200,14 @@ Eigen::MatrixXd ReadMatrix(std::istream& in) {
   }
   in.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
   return m;
+}
+
+// The words a name may not be (set for the length of one load).
+thread_local const std::function<bool(const std::string&)>* t_reserved = nullptr;
+
+// A name the workspace can hold: an identifier that is not a word of the language.
+void CheckName(const std::string& name) {
+  if (!CheckID(name) || (t_reserved && *t_reserved && (*t_reserved)(name))) throw Malformed{};
 }
 
 std::shared_ptr<Dataset> ReadDataset(std::istream& in) {
@@ -221,6 +233,28 @@ std::shared_ptr<Dataset> ReadDataset(std::istream& in) {
   }
   const Eigen::MatrixXd data = ReadMatrix(in);
   if (data.cols() != static_cast<Eigen::Index>(count)) throw Malformed{};
+  // Names distinct identifiers; the codes of a string variable whole numbers among its labels.
+  std::set<std::string> distinct;
+  for (std::size_t j = 0; j < count; ++j) {
+    if (!CheckID(names[j])) throw Malformed{};
+    if (!distinct.insert(names[j]).second) throw Malformed{};
+    if (labels[j].empty()) continue;
+    const auto codes = data.col(static_cast<Eigen::Index>(j));
+    for (Eigen::Index i = 0; i < codes.size(); ++i) {
+      const double code = codes(i);
+      if (std::isnan(code)) continue;
+      if (!(code >= 1.0 && code <= static_cast<double>(labels[j].size())) || code != std::floor(code)) {
+        throw Malformed{};
+      }
+    }
+  }
+  // The structure's variables exist (and are not string variables).
+  auto declared = [&](const std::string& variable) {
+    const auto it = std::find(names.begin(), names.end(), variable);
+    if (it == names.end() || !labels[static_cast<std::size_t>(it - names.begin())].empty()) throw Malformed{};
+  };
+  if (structure.kind != DatasetKind::CrossSection) declared(structure.timeVariable);
+  if (structure.kind == DatasetKind::Panel) declared(structure.groupVariable);
   auto dataset = std::make_shared<Dataset>(names, data);
   for (std::size_t j = 0; j < count; ++j) dataset->RestoreLabels(names[j], std::move(labels[j]));
   dataset->RestoreStructure(structure);
@@ -247,14 +281,37 @@ std::shared_ptr<Model> ReadModel(std::istream& in, std::string& datasetName, boo
   d.regressors = ReadTexts(in);
   d.secondList = ReadTexts(in);
   d.constraints = ReadTexts(in);
-  d.observations = static_cast<long>(ReadInteger(in));
-  d.observationsDropped = static_cast<long>(ReadInteger(in));
+  // Counts no larger than a double counts exactly.
+  constexpr long long kLargestCount = 1LL << 53;
+  const long long observations = ReadInteger(in);
+  const long long dropped = ReadInteger(in);
+  if (observations > kLargestCount || dropped > kLargestCount) throw Malformed{};
+  d.observations = static_cast<long>(observations);
+  d.observationsDropped = static_cast<long>(dropped);
   datasetDeleted = ReadInteger(in) != 0;
   const Eigen::MatrixXd gibbs = ReadMatrix(in);
+  // Draws, burn-in, chains, thinning and seed: whole numbers, all positive but the burn-in.
+  if (gibbs.size() != 5) throw Malformed{};
   d.gibbs = gibbs.reshaped();
+  for (Eigen::Index i = 0; i < 5; ++i) {
+    const double g = d.gibbs(i);
+    if (!(g >= (i == 1 ? 0.0 : 1.0)) || g > static_cast<double>(kLargestCount) || g != std::floor(g)) throw Malformed{};
+  }
   std::vector<std::string> labels = ReadTexts(in);
+  // Each regressor's coefficient comes first among the labels, as dependent$regressor.
+  if (labels.empty() || labels.size() < d.regressors.size()) throw Malformed{};
+  for (std::size_t j = 0; j < d.regressors.size(); ++j) {
+    if (labels[j] != d.dependent + "$" + d.regressors[j]) throw Malformed{};
+  }
+  for (const auto* list : {&d.regressors, &d.secondList}) {
+    std::set<std::string> distinct;
+    for (const std::string& r : *list) {
+      if (!CheckID(r) || !distinct.insert(r).second) throw Malformed{};
+    }
+  }
+  if (!d.dependent.empty() && !CheckID(d.dependent)) throw Malformed{};
   const auto chains = ReadInteger(in);
-  if (chains > Remaining(in)) throw Malformed{};
+  if (chains < 1 || chains > Remaining(in)) throw Malformed{};
   std::vector<Eigen::MatrixXd> draws;
   for (long long c = 0; c < chains; ++c) {
     draws.push_back(ReadMatrix(in));
@@ -263,13 +320,24 @@ std::shared_ptr<Model> ReadModel(std::istream& in, std::string& datasetName, boo
       throw Malformed{};
     }
   }
+  if (draws.front().rows() < 1) throw Malformed{};
   model->SetDraws(std::move(draws), std::move(labels));
+  // Results that the draws define are computed again from them, not taken from the file; the
+  // others are scalars.
+  const std::set<std::string> fromDraws = {"draws", "post_mean", "post_sd", "post_median", "lower", "upper",
+                                           "ess", "mcse", "geweke", "rhat", "nchains", "ndraws"};
   const auto results = ReadInteger(in);
   if (results > Remaining(in)) throw Malformed{};
   in.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
   for (long long k = 0; k < results; ++k) {
     const std::string name = ReadText(in);
-    model->AddResult(name, ReadMatrix(in));
+    Eigen::MatrixXd value = ReadMatrix(in);
+    if (fromDraws.count(name)) continue;
+    if (!CheckID(name) || value.size() != 1) throw Malformed{};
+    model->AddResult(name, std::move(value));
+  }
+  if (model->ScalarResult("nobs") != static_cast<double>(d.observations) && !std::isnan(model->ScalarResult("nobs"))) {
+    throw Malformed{};
   }
   // The model of its estimator's class, so that it acts after loading as it did when saved.
   std::shared_ptr<Model> typed = Model::Create(d.typeName);
@@ -294,10 +362,13 @@ std::shared_ptr<TavixStructure> ReadStructure(std::istream& in, int depth) {
   if (count > Remaining(in)) throw Malformed{};
   in.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
   auto structure = std::make_shared<TavixStructure>();
+  std::set<std::string> members;
   for (long long k = 0; k < count; ++k) {
     std::string member;
     TavixValue value;
-    if (ReadValue(in, member, value, depth + 1)) structure->SetValue(member, value);
+    const bool read = ReadValue(in, member, value, depth + 1);
+    if (!members.insert(member).second) throw Malformed{};
+    if (read) structure->SetValue(member, value);
   }
   return structure;
 }
@@ -306,6 +377,7 @@ bool ReadValue(std::istream& in, std::string& name, TavixValue& value, int depth
   std::istringstream record(ReadLine(in));
   std::string word;
   if (!(record >> word >> name)) throw Malformed{};
+  CheckName(name);
   if (word == "matrix") value = TavixValue::FromMatrix(ReadMatrix(in));
   else if (word == "string") value = TavixValue::FromString(ReadText(in));
   else if (word == "dataset") value = TavixValue::FromDataset(ReadDataset(in));
@@ -369,20 +441,29 @@ int SaveWorkspace(const Workspace& ws, std::ostream& out) {
   return models;
 }
 
-bool LoadWorkspace(std::istream& in, Workspace& workspace, std::string& error) {
+bool LoadWorkspace(std::istream& in, Workspace& workspace, std::string& error,
+                   const std::function<bool(const std::string&)>& reserved) {
   Workspace loaded;
   std::vector<PendingModel> pending;
   t_pendingModels = &pending;
+  t_reserved = &reserved;
   struct Reset {
-    ~Reset() { t_pendingModels = nullptr; }
+    ~Reset() {
+      t_pendingModels = nullptr;
+      t_reserved = nullptr;
+    }
   } reset;
+  std::set<std::string> names;
   try {
     const std::string header = ReadLine(in);
     if (header != kHeader && header != kPreviousHeader) throw Malformed{};
     while (in.peek() != std::char_traits<char>::eof()) {
       std::string name;
       TavixValue value;
-      if (ReadValue(in, name, value, 0)) loaded.Store(name, value);
+      const bool read = ReadValue(in, name, value, 0);
+      // One value per name across the five collections.
+      if (!names.insert(name).second) throw Malformed{};
+      if (read) loaded.Store(name, value);
     }
   } catch (const Malformed&) {
     error = "the file is not a Tavix workspace or it is damaged.";

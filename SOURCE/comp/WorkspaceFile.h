@@ -3,6 +3,7 @@
 // dataset) and structures, nested to any depth.
 #pragma once
 
+#include <functional>
 #include <iosfwd>
 #include <string>
 
@@ -23,6 +24,10 @@ bool WorkspaceFitsFile(const Workspace& workspace, std::string& message);
 int SaveWorkspace(const Workspace& workspace, std::ostream& out);
 
 // Reads a file written by SaveWorkspace (the stream must be seekable: record sizes are checked
-// against what is left of it) into `workspace`; false with `error` set when the file
-// is not such a file (the workspace is then left unchanged).
-bool LoadWorkspace(std::istream& in, Workspace& workspace, std::string& error);
+// against what is left of it) into `workspace`; false with `error` set when the file is not such
+// a file (the workspace is then left unchanged). Every record is checked against the rest before
+// anything enters the workspace: names (identifiers, none `reserved`, none twice), matrix sizes
+// against the file's length, string codes against their labels, a dataset's structure against its
+// variables, a model's settings, labels, draws and results against each other.
+bool LoadWorkspace(std::istream& in, Workspace& workspace, std::string& error,
+                   const std::function<bool(const std::string&)>& reserved = {});

@@ -5,6 +5,8 @@
 
 #include "BuiltinFamilies.h"
 #include "ExecContext.h"
+#include "KeywordTable.h"
+#include "Token.h"
 #include "ValueKind.h"
 #include "SafeFileWrite.h"
 #include "WorkspaceFile.h"
@@ -62,7 +64,8 @@ TavixValue Load(const BuiltinCall& call) {
   std::ifstream in(file, std::ios::binary);
   if (!in) call.Fail("Cannot load workspace from \"" + file + "\". File is not readable.");
   std::string problem;
-  if (!LoadWorkspace(in, call.Context().workspace(), problem)) {
+  const auto reserved = [](const std::string& word) { return KeywordType(word) != tok::ID; };
+  if (!LoadWorkspace(in, call.Context().workspace(), problem, reserved)) {
     call.Fail("File \"" + file + "\" cannot be opened for reading: " + problem);
   }
   return {};
