@@ -11,13 +11,15 @@ class EventDispatcher;
 
 class CompareModels {
 public:
-  // logML: one row per model, one column per method (labels as printed); priors: one per model,
-  // positive, summing to one (checked by the caller).
+  // logML: one row per model, one column per method (labels printed as given); priors: one per
+  // model, positive, summing to one (checked by the caller).
   CompareModels(std::vector<std::string> models, std::vector<std::string> methodLabels, Eigen::MatrixXd logML,
                 Eigen::VectorXd priors);
-  // Posterior probabilities, the shape of logML; a method with a missing value gives NaN.
+  // Posterior probabilities, the shape of logML; a method with a value that is missing or not
+  // finite gives NaN for every model.
   const Eigen::MatrixXd& Probabilities() const { return m_probabilities; }
-  // Per method: each model's log-marginal likelihood, prior and posterior probability.
+  // Per method: each model's log-marginal likelihood, prior and posterior probability ("-" where
+  // missing).
   void Print(const EventDispatcher& out) const;
 
 private:

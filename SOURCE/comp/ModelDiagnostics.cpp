@@ -8,71 +8,145 @@
 
 #include "DensityEstimates.h"
 #include "McmcDiagnostics.h"
+#include "Normal.h"
 
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr int kLags[] = {1, 5, 10, 50};
+constexpr int kLagCount = 4;
 constexpr double kRHatLimit = 1.01;
 constexpr double kEssLimit = 400.0;
+constexpr std::size_t kLineWidth = 99;
 
-std::string Cell(double x) {
+// A column of figures: its heading and its width, the leading blank included.
+struct Column {
+  const char* name;
+  int width;
+};
+constexpr Column kEss{"ESS", 7};
+constexpr Column kMcse{"MCSE", 11};
+constexpr Column kGeweke{"Geweke z", 10};
+constexpr Column kPValue{"p-value", 10};
+constexpr Column kRHat{"R-hat", 8};
+constexpr Column kAcf[] = {{"ACF(1)", 9}, {"ACF(5)", 9}, {"ACF(10)", 9}, {"ACF(50)", 9}};
+
+// A number with `digits` significant digits, "-" when it cannot be computed.
+std::string Number(double x, int digits = 5) {
+  if (std::isnan(x)) return "-";
   char buffer[32];
-  if (!std::isfinite(x)) {
-    std::snprintf(buffer, sizeof buffer, " %10s", std::isinf(x) ? (x > 0 ? "inf" : "-inf") : "-");
-  } else {
-    std::snprintf(buffer, sizeof buffer, " %10.4g", x);
-  }
+  std::snprintf(buffer, sizeof buffer, "%.*g", digits, x);
   return buffer;
 }
 
-std::string Padded(const std::string& text, std::size_t width) {
-  return text.size() >= width ? text + " " : text + std::string(width - text.size(), ' ');
+std::string RightAligned(const std::string& text, int width) {
+  return std::string(static_cast<std::size_t>(std::max(1, width - static_cast<int>(text.size()))), ' ') + text;
 }
 
-// Two-sided p-value of a standard normal z.
-double PValue(double z) { return std::isfinite(z) ? std::erfc(std::fabs(z) / std::sqrt(2.0)) : kNaN; }
+// A number right-aligned in `width` characters after at least one blank: five significant digits
+// as in the results table, fewer when that is the only way to keep the column straight.
+std::string Cell(double x, int width) {
+  std::string text = Number(x);
+  for (int digits = 4; digits >= 1 && static_cast<int>(text.size()) >= width; --digits) text = Number(x, digits);
+  return RightAligned(text, width);
+}
 
-// One row of figures for the draws of one parameter (one chain, or all chains pooled).
-std::string Figures(const std::vector<Eigen::MatrixXd>& chains, Eigen::Index column, double ess, double z,
-                    double rhat, bool withRHat) {
-  Eigen::Index n = 0;
-  for (const auto& c : chains) n += c.rows();
-  Eigen::VectorXd values(n);
-  Eigen::Index at = 0;
-  for (const auto& c : chains) {
-    values.segment(at, c.rows()) = c.col(column);
-    at += c.rows();
+// An autocorrelation, which lies in [-1, 1], with four decimals so that the points line up.
+std::string Correlation(double x, int width) {
+  if (std::isnan(x)) return RightAligned("-", width);
+  char buffer[32];
+  std::snprintf(buffer, sizeof buffer, "%.4f", x);
+  const std::string text = buffer;
+  return RightAligned(text == "-0.0000" ? "0.0000" : text, width);
+}
+
+// A count (the effective sample size) as a whole number.
+std::string Count(double x) {
+  if (!std::isfinite(x) || std::fabs(x) >= 1e9) return Number(x);
+  char buffer[32];
+  std::snprintf(buffer, sizeof buffer, "%.0f", x);
+  return buffer;
+}
+
+std::string Heading(const Column& c) {
+  char buffer[32];
+  std::snprintf(buffer, sizeof buffer, " %*s", c.width - 1, c.name);
+  return buffer;
+}
+
+// The chain column holds "Chain", "all" or a chain's number (at most 4 digits: 1000 chains at most),
+// and the figures that follow open with a blank.
+constexpr std::size_t kChainWidth = 5;
+
+std::string Padded(const std::string& text, std::size_t width) {
+  return text + std::string(width - std::min(width, text.size()), ' ');
+}
+
+// Two-sided p-value of a standard normal z, from the lower tail so that large |z| keep their digits.
+double PValue(double z) { return std::isnan(z) ? kNaN : 2.0 * dist::NormalCdf(-std::fabs(z), 0.0, 1.0); }
+
+double StandardDeviation(const Eigen::VectorXd& x) {
+  if (x.size() < 2) return kNaN;
+  const double mean = x.mean();
+  return std::sqrt((x.array() - mean).square().sum() / static_cast<double>(x.size() - 1));
+}
+
+// The figures of one parameter over a set of draws: one chain, or all chains pooled.
+struct Figures {
+  double ess = kNaN, mcse = kNaN, z = kNaN, rhat = kNaN;
+  double acf[kLagCount] = {kNaN, kNaN, kNaN, kNaN};
+};
+
+// Autocorrelations of each chain at the report's lags, averaged over the chains: pooling the draws
+// would add a jump where one chain ends and the next begins. A lag the chains cannot reach is NaN.
+void Autocorrelations(const std::vector<Eigen::VectorXd>& chains, double (&acf)[kLagCount]) {
+  const Eigen::Index n = chains.front().size();
+  for (int l = 0; l < kLagCount; ++l) acf[l] = kLags[l] < n ? 0.0 : kNaN;
+  const int deepest = static_cast<int>(std::min<Eigen::Index>(kLags[kLagCount - 1], n - 1));
+  for (const Eigen::VectorXd& c : chains) {
+    const Eigen::VectorXd r = numerics::Autocorrelations(c, deepest);
+    for (int l = 0; l < kLagCount; ++l) {
+      if (kLags[l] <= deepest) acf[l] += r(kLags[l]) / static_cast<double>(chains.size());
+    }
   }
-  const double mean = n > 0 ? values.mean() : kNaN;
-  const double sd = n > 1 ? std::sqrt((values.array() - mean).square().sum() / static_cast<double>(n - 1)) : kNaN;
-  std::string row = Cell(std::round(ess)) + Cell(sd / std::sqrt(ess)) + Cell(z) + Cell(PValue(z));
-  if (withRHat) row += Cell(rhat);
-  // Autocorrelations within chains: of the one chain, or averaged over the chains when pooled.
-  Eigen::VectorXd acf = Eigen::VectorXd::Zero(4);
-  for (const auto& c : chains) {
-    const Eigen::VectorXd r = numerics::Autocorrelations(c.col(column), kLags[3]);
-    for (int l = 0; l < 4; ++l) acf(l) += kLags[l] < c.rows() ? r(kLags[l]) : kNaN;
-  }
-  for (int l = 0; l < 4; ++l) row += Cell(acf(l) / static_cast<double>(chains.size()));
+}
+
+std::string Row(const std::string& label, std::size_t labelWidth, const std::string& chain, const Figures& f,
+                bool withRHat) {
+  std::string row = Padded(label, labelWidth) + Padded(chain, kChainWidth) + RightAligned(Count(f.ess), kEss.width) +
+                    Cell(f.mcse, kMcse.width) + Cell(f.z, kGeweke.width) + Cell(PValue(f.z), kPValue.width);
+  if (withRHat) row += Cell(f.rhat, kRHat.width);
+  for (int l = 0; l < kLagCount; ++l) row += Correlation(f.acf[l], kAcf[l].width);
   return row + "\n";
+}
+
+// Why a parameter needs a look, from its pooled figures; empty when it passes both checks.
+std::string Verdict(const Figures& pooled, bool severalChains) {
+  std::string why;
+  if (std::isnan(pooled.ess)) return "draws not all finite";
+  if (severalChains && !(pooled.rhat <= kRHatLimit)) why = "R-hat " + Number(pooled.rhat);
+  if (pooled.ess < kEssLimit) why += (why.empty() ? "ESS " : ", ESS ") + Count(pooled.ess);
+  return why;
 }
 
 }  // namespace
 
 std::string FormatDiagnostics(const std::vector<Eigen::MatrixXd>& chains, const std::vector<std::string>& labels) {
+  if (chains.empty() || labels.empty()) return "\nMCMC diagnostics: there are no draws.\n";
   const bool several = chains.size() > 1;
-  std::size_t width = 14;
-  for (const auto& l : labels) width = std::max(width, l.size() + 4);
-  std::string header = Padded("Parameter", width) + Padded("Chain", 7);
-  std::vector<const char*> columns = {"ESS", "MCSE", "Geweke z", "p-value"};
-  if (several) columns.push_back("R-hat");
-  for (const char* c : {"ACF(1)", "ACF(5)", "ACF(10)", "ACF(50)"}) columns.push_back(c);
-  for (const char* c : columns) {
-    char buffer[32];
-    std::snprintf(buffer, sizeof buffer, " %10s", c);
-    header += buffer;
-  }
+  const std::size_t count = chains.size();
+  const Eigen::Index draws = chains.front().rows();
+  std::size_t labelWidth = 9;
+  for (const auto& l : labels) labelWidth = std::max(labelWidth, l.size());
+  labelWidth += 2;
+
+  std::string text = "\nMCMC diagnostics (" + std::to_string(count) + " chain" + (several ? "s" : "") + " of " +
+                     std::to_string(draws) + " draws)\n\n" + Padded("Parameter", labelWidth) + Padded("Chain", kChainWidth);
+  for (const Column& c : {kEss, kMcse, kGeweke, kPValue}) text += Heading(c);
+  if (several) text += Heading(kRHat);
+  for (const Column& c : kAcf) text += Heading(c);
+  text += "\n";
+
   const Eigen::VectorXd pooledEss = numerics::EffectiveSampleSize(chains);
   const Eigen::VectorXd rhat = numerics::SplitRHat(chains);
   std::vector<Eigen::VectorXd> chainEss, geweke;
@@ -80,39 +154,67 @@ std::string FormatDiagnostics(const std::vector<Eigen::MatrixXd>& chains, const 
     chainEss.push_back(numerics::EffectiveSampleSize({c}));
     geweke.push_back(numerics::GewekeZ(c));
   }
-  std::string text = "\nMCMC diagnostics (" + std::to_string(chains.size()) + " chain" + (several ? "s" : "") +
-                     " of " + std::to_string(chains.empty() ? 0 : chains.front().rows()) + " draws)\n\n" + header + "\n";
+
   std::vector<std::string> flagged;
   for (std::size_t j = 0; j < labels.size(); ++j) {
     const auto column = static_cast<Eigen::Index>(j);
-    for (std::size_t c = 0; c < chains.size(); ++c) {
-      text += Padded(c == 0 ? labels[j] : "", width) + Padded(std::to_string(c + 1), 7) +
-              Figures({chains[c]}, column, chainEss[c](column), geweke[c](column), kNaN, several);
+    std::vector<Eigen::VectorXd> values;
+    for (const auto& c : chains) values.emplace_back(c.col(column));
+    for (std::size_t c = 0; c < count; ++c) {
+      Figures f;
+      f.ess = chainEss[c](column);
+      f.mcse = StandardDeviation(values[c]) / std::sqrt(f.ess);
+      f.z = geweke[c](column);
+      Autocorrelations({values[c]}, f.acf);
+      text += Row(c == 0 ? labels[j] : "", labelWidth, std::to_string(c + 1), f, several);
     }
+    Figures pooled;
+    pooled.ess = pooledEss(column);
+    pooled.rhat = rhat(column);
     if (several) {
-      text += Padded("", width) + Padded("all", 7) +
-              Figures(chains, column, pooledEss(column), kNaN, rhat(column), several);
+      Eigen::Index at = 0;
+      for (const Eigen::VectorXd& v : values) at += v.size();
+      Eigen::VectorXd all(at);
+      at = 0;
+      for (const Eigen::VectorXd& v : values) {
+        all.segment(at, v.size()) = v;
+        at += v.size();
+      }
+      pooled.mcse = StandardDeviation(all) / std::sqrt(pooled.ess);
+      // The chains' z-scores combined: under convergence each is standard normal and they are
+      // independent, so their sum over the square root of their number is standard normal too.
+      double sum = 0.0;
+      for (std::size_t c = 0; c < count; ++c) sum += geweke[c](column);
+      pooled.z = sum / std::sqrt(static_cast<double>(count));
+      Autocorrelations(values, pooled.acf);
+      text += Row("", labelWidth, "all", pooled, several);
     }
-    std::string why;
-    if (several && !(rhat(column) <= kRHatLimit)) why += "R-hat " + Cell(rhat(column)).substr(1);
-    if (!(pooledEss(column) >= kEssLimit)) {
-      char buffer[48];
-      std::snprintf(buffer, sizeof buffer, "ESS %.0f", pooledEss(column));
-      why += (why.empty() ? "" : ", ") + std::string(std::isfinite(pooledEss(column)) ? buffer : "ESS -");
-    }
-    if (!why.empty()) {
-      why.erase(0, why.find_first_not_of(' '));
-      flagged.push_back(labels[j] + " (" + why + ")");
-    }
+    const std::string why = Verdict(pooled, several);
+    if (!why.empty()) flagged.push_back(labels[j] + " (" + why + ")");
   }
-  if (!several) text += "(R-hat needs several chains)\n";
+
+  if (several) {
+    text += "(all: the chains pooled, their Geweke z-scores combined and autocorrelations averaged)\n";
+  } else {
+    text += "(R-hat needs several chains)\n";
+  }
   if (flagged.empty()) {
     text += "\nEvery parameter has an effective sample size of at least 400" +
             std::string(several ? " and an R-hat of at most 1.01.\n" : ".\n");
   } else {
-    text += "\nCheck the convergence of:";
-    for (std::size_t i = 0; i < flagged.size(); ++i) text += (i == 0 ? " " : ", ") + flagged[i];
-    text += "\n(R-hat above 1.01 or effective sample size below 400: run longer chains.)\n";
+    // The names run on lines of at most kLineWidth characters, continued after two blanks.
+    text += "\n";
+    std::string line = "Check the convergence of:";
+    for (std::size_t i = 0; i < flagged.size(); ++i) {
+      const std::string item = flagged[i] + (i + 1 < flagged.size() ? "," : "");
+      if (i > 0 && line.size() + 1 + item.size() > kLineWidth) {
+        text += line + "\n";
+        line = " ";
+      }
+      line += " " + item;
+    }
+    text += line + std::string("\n(") + (several ? "R-hat above 1.01 or effective" : "Effective") +
+            " sample size below 400: run longer chains.)\n";
   }
   return text;
 }
