@@ -37,8 +37,9 @@ Panel NewPanel(const std::string& title, const std::string& xlabel, const std::s
 Figure DrawsFigure(std::string title, const std::vector<std::string>& elements,
                    const std::vector<std::vector<Eigen::VectorXd>>& draws) {
   Figure figure(std::move(title), static_cast<int>(elements.size()), 4);
-  for (std::size_t e = 0; e < elements.size(); ++e) {
+  for (std::size_t e = 0; e < elements.size() && e < draws.size(); ++e) {
     const std::vector<Eigen::VectorXd>& chains = draws[e];
+    if (chains.empty()) continue;
     const bool several = chains.size() > 1;
     const Eigen::VectorXd all = Pooled(chains);
     const std::string& name = elements[e];
@@ -52,13 +53,15 @@ Figure DrawsFigure(std::string title, const std::vector<std::string>& elements,
     Panel acf = NewPanel("ACF: " + name, "lag", "autocorrelation");
     Series correlations;
     correlations.kind = SeriesKind::ACF;
-    const int lags = static_cast<int>(std::min<Eigen::Index>(kMaxLag, std::max<Eigen::Index>(1, chains.front().size() / 3)));
-    // Within chains, averaged over them: pooling would add jumps where one chain ends.
+    const Eigen::Index n = chains.front().size();
+    const int lags = static_cast<int>(std::min<Eigen::Index>(kMaxLag, std::max<Eigen::Index>(1, n / 3)));
+    // Within chains, averaged over them: pooling would add jumps where one chain ends. The average
+    // of m chains' estimates varies m times less, so the band is that of all the draws.
     correlations.y = Eigen::VectorXd::Zero(lags + 1);
     for (const auto& c : chains) correlations.y += numerics::Autocorrelations(c, lags);
     correlations.y /= static_cast<double>(chains.size());
     correlations.x = Eigen::VectorXd::LinSpaced(lags + 1, 0.0, static_cast<double>(lags));
-    correlations.band = 1.96 / std::sqrt(static_cast<double>(chains.front().size()));
+    correlations.band = 1.96 / std::sqrt(static_cast<double>(std::max<Eigen::Index>(1, all.size())));
     acf.series.push_back(std::move(correlations));
 
     Panel density = NewPanel("KDensity: " + name, name, several ? "density (per chain)" : "density");
