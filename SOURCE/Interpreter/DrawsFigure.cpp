@@ -56,7 +56,7 @@ Figure DrawsFigure(std::string title, const std::vector<std::string>& elements,
     const Eigen::Index n = chains.front().size();
     const int lags = static_cast<int>(std::min<Eigen::Index>(kMaxLag, std::max<Eigen::Index>(1, n / 3)));
     // Within chains, averaged over them: pooling would add jumps where one chain ends. The average
-    // of m chains' estimates varies m times less, so the band is that of all the draws.
+    // of m chains' estimates has m times less variance, so the band is that of all the draws.
     correlations.y = Eigen::VectorXd::Zero(lags + 1);
     for (const auto& c : chains) correlations.y += numerics::Autocorrelations(c, lags);
     correlations.y /= static_cast<double>(chains.size());

@@ -97,18 +97,11 @@ struct Figures {
   double acf[kLagCount] = {kNaN, kNaN, kNaN, kNaN};
 };
 
-// Autocorrelations of each chain at the report's lags, averaged over the chains: pooling the draws
-// would add a jump where one chain ends and the next begins. A lag the chains cannot reach is NaN.
-void Autocorrelations(const std::vector<Eigen::VectorXd>& chains, double (&acf)[kLagCount]) {
-  const Eigen::Index n = chains.front().size();
-  for (int l = 0; l < kLagCount; ++l) acf[l] = kLags[l] < n ? 0.0 : kNaN;
-  const int deepest = static_cast<int>(std::min<Eigen::Index>(kLags[kLagCount - 1], n - 1));
-  for (const Eigen::VectorXd& c : chains) {
-    const Eigen::VectorXd r = numerics::Autocorrelations(c, deepest);
-    for (int l = 0; l < kLagCount; ++l) {
-      if (kLags[l] <= deepest) acf[l] += r(kLags[l]) / static_cast<double>(chains.size());
-    }
-  }
+// Autocorrelations of one chain at the report's lags; a lag the chain cannot reach is NaN.
+void Autocorrelations(const Eigen::VectorXd& chain, double (&acf)[kLagCount]) {
+  const int deepest = static_cast<int>(std::min<Eigen::Index>(kLags[kLagCount - 1], chain.size() - 1));
+  const Eigen::VectorXd r = numerics::Autocorrelations(chain, deepest);
+  for (int l = 0; l < kLagCount; ++l) acf[l] = kLags[l] <= deepest ? r(kLags[l]) : kNaN;
 }
 
 std::string Row(const std::string& label, std::size_t labelWidth, const std::string& chain, const Figures& f,
@@ -160,12 +153,13 @@ std::string FormatDiagnostics(const std::vector<Eigen::MatrixXd>& chains, const 
     const auto column = static_cast<Eigen::Index>(j);
     std::vector<Eigen::VectorXd> values;
     for (const auto& c : chains) values.emplace_back(c.col(column));
+    std::vector<Figures> rows(count);
     for (std::size_t c = 0; c < count; ++c) {
-      Figures f;
+      Figures& f = rows[c];
       f.ess = chainEss[c](column);
       f.mcse = StandardDeviation(values[c]) / std::sqrt(f.ess);
       f.z = geweke[c](column);
-      Autocorrelations({values[c]}, f.acf);
+      Autocorrelations(values[c], f.acf);
       text += Row(c == 0 ? labels[j] : "", labelWidth, std::to_string(c + 1), f, several);
     }
     Figures pooled;
@@ -183,10 +177,14 @@ std::string FormatDiagnostics(const std::vector<Eigen::MatrixXd>& chains, const 
       pooled.mcse = StandardDeviation(all) / std::sqrt(pooled.ess);
       // The chains' z-scores combined: under convergence each is standard normal and they are
       // independent, so their sum over the square root of their number is standard normal too.
-      double sum = 0.0;
-      for (std::size_t c = 0; c < count; ++c) sum += geweke[c](column);
-      pooled.z = sum / std::sqrt(static_cast<double>(count));
-      Autocorrelations(values, pooled.acf);
+      // Autocorrelations are averaged, not taken of the pooled draws, which would add a jump
+      // where one chain ends and the next begins.
+      pooled.z = 0.0;
+      for (int l = 0; l < kLagCount; ++l) pooled.acf[l] = 0.0;
+      for (const Figures& f : rows) {
+        pooled.z += f.z / std::sqrt(static_cast<double>(count));
+        for (int l = 0; l < kLagCount; ++l) pooled.acf[l] += f.acf[l] / static_cast<double>(count);
+      }
       text += Row("", labelWidth, "all", pooled, several);
     }
     const std::string why = Verdict(pooled, several);
