@@ -50,6 +50,7 @@ struct BinaryExpression : Expression {
   std::string opText;  // as typed, for messages
   ExpressionPtr left;
   ExpressionPtr right;
+  ~BinaryExpression() override;
   TavixValue Evaluate(ExecContext& context) const override;
   bool EvaluateInto(ExecContext& context, Eigen::MatrixXd& destination) const override;
   bool EvaluateScalar(ExecContext& context, double& out) const override;
@@ -63,9 +64,10 @@ struct UnaryExpression : Expression {
   bool EvaluateScalar(ExecContext& context, double& out) const override;
 };
 
-// The postfix transpose `'`.
+// The postfix transpose `'`, written `times` times in a row.
 struct TransposeExpression : Expression {
   ExpressionPtr operand;
+  long times = 1;
   TavixValue Evaluate(ExecContext& context) const override;
 };
 

@@ -1,5 +1,7 @@
 // Evaluation of operators, matrix literals and indexing.
 #include <cmath>
+#include <limits>
+#include <vector>
 
 #include "AstExpressions.h"
 #include "Dataset.h"
@@ -44,46 +46,48 @@ std::string Refusal(BinaryOperator op, const std::string& text) {
 
 }  // namespace
 
-TavixValue BinaryExpression::Evaluate(ExecContext& context) const {
-  Eigen::MatrixXd out;
-  EvaluateInto(context, out);
-  return TavixValue::FromMatrix(std::move(out));
+namespace {
+
+// Chains such as a + b + c + ... are trees whose left spine grows with every operand; past this
+// length they are evaluated along the spine in a loop rather than by recursion, so that a sum of
+// 200,000 terms needs no deeper stack than a sum of two.
+constexpr std::size_t kRecursiveSpine = 64;
+
+// The nodes of the left spine from `top` down (top first), stopping after `limit` nodes.
+std::vector<const BinaryExpression*> LeftSpine(const BinaryExpression& top, std::size_t limit) {
+  std::vector<const BinaryExpression*> spine = {&top};
+  while (spine.size() <= limit) {
+    const auto* next = dynamic_cast<const BinaryExpression*>(spine.back()->left.get());
+    if (!next) break;
+    spine.push_back(next);
+  }
+  return spine;
 }
 
-bool BinaryExpression::EvaluateScalar(ExecContext& context, double& out) const {
-  double a = 0.0;
-  double b = 0.0;
-  if (!left->EvaluateScalar(context, a) || !right->EvaluateScalar(context, b)) return false;
-  // On 1 by 1 operands every operator is the arithmetic of the two numbers.
+double ScalarOperation(BinaryOperator op, double a, double b) {
   switch (op) {
-    case BinaryOperator::Add: out = a + b; break;
-    case BinaryOperator::Subtract: out = a - b; break;
+    case BinaryOperator::Add: return a + b;
+    case BinaryOperator::Subtract: return a - b;
     case BinaryOperator::Multiply:
-    case BinaryOperator::ElementMultiply: out = a * b; break;
+    case BinaryOperator::ElementMultiply: return a * b;
     case BinaryOperator::Divide:
-    case BinaryOperator::ElementDivide: out = a / b; break;
+    case BinaryOperator::ElementDivide: return a / b;
     case BinaryOperator::Power:
-    case BinaryOperator::ElementPower: out = std::pow(a, b); break;
+    case BinaryOperator::ElementPower: return std::pow(a, b);
   }
-  return true;
+  return 0.0;
 }
 
-bool BinaryExpression::EvaluateInto(ExecContext& context, Eigen::MatrixXd& out) const {
-  double scalar = 0.0;
-  if (EvaluateScalar(context, scalar)) {
-    out.resize(1, 1);
-    out(0, 0) = scalar;
-    return true;
-  }
-  if (EvaluateFused(context, *this, out)) return true;
-  const TavixValue l = left->Evaluate(context);
-  const TavixValue r = right->Evaluate(context);
+// node's operator on its two evaluated operands, with node's messages.
+void Combine(ExecContext& context, const BinaryExpression& node, const TavixValue& l, const TavixValue& r,
+             Eigen::MatrixXd& out) {
+  const BinaryOperator op = node.op;
   const bool power = op == BinaryOperator::Power || op == BinaryOperator::ElementPower;
   if (power && r.code != kind::MATRIX && r.code != kind::DATASET) {
-    context.Fail(*this, msg::kExponentKind);
+    context.Fail(node, msg::kExponentKind);
   }
-  const auto a = Operand(context, *this, *left, l, Refusal(op, opText));
-  const auto b = Operand(context, *this, *right, r, Refusal(op, opText));
+  const auto a = Operand(context, node, *node.left, l, Refusal(op, node.opText));
+  const auto b = Operand(context, node, *node.right, r, Refusal(op, node.opText));
   std::string failure;
   switch (op) {
     case BinaryOperator::Add: failure = arithmetic::AddSubtract(*a, *b, false, out); break;
@@ -95,7 +99,63 @@ bool BinaryExpression::EvaluateInto(ExecContext& context, Eigen::MatrixXd& out) 
     case BinaryOperator::Power: failure = arithmetic::Power(*a, *b, out); break;
     case BinaryOperator::ElementPower: failure = arithmetic::ElementPower(*a, *b, out); break;
   }
-  if (!failure.empty()) context.Fail(*this, failure);
+  if (!failure.empty()) context.Fail(node, failure);
+}
+
+}  // namespace
+
+BinaryExpression::~BinaryExpression() {
+  // Takes a long left spine apart from the top, so that destroying it needs no deep stack.
+  while (auto* next = dynamic_cast<BinaryExpression*>(left.get())) {
+    ExpressionPtr below = std::move(next->left);
+    left = std::move(below);
+  }
+}
+
+TavixValue BinaryExpression::Evaluate(ExecContext& context) const {
+  Eigen::MatrixXd out;
+  EvaluateInto(context, out);
+  return TavixValue::FromMatrix(std::move(out));
+}
+
+bool BinaryExpression::EvaluateScalar(ExecContext& context, double& out) const {
+  // On 1 by 1 operands every operator is the arithmetic of the two numbers, operands evaluated
+  // left to right as the recursion would.
+  const std::vector<const BinaryExpression*> spine = LeftSpine(*this, std::numeric_limits<std::size_t>::max());
+  double value = 0.0;
+  if (!spine.back()->left->EvaluateScalar(context, value)) return false;
+  for (auto node = spine.rbegin(); node != spine.rend(); ++node) {
+    double b = 0.0;
+    if (!(*node)->right->EvaluateScalar(context, b)) return false;
+    value = ScalarOperation((*node)->op, value, b);
+  }
+  out = value;
+  return true;
+}
+
+bool BinaryExpression::EvaluateInto(ExecContext& context, Eigen::MatrixXd& out) const {
+  double scalar = 0.0;
+  if (EvaluateScalar(context, scalar)) {
+    out.resize(1, 1);
+    out(0, 0) = scalar;
+    return true;
+  }
+  const std::vector<const BinaryExpression*> spine = LeftSpine(*this, kRecursiveSpine);
+  if (spine.size() > kRecursiveSpine) {
+    // A long chain: along the spine from the bottom, each step's result the next one's left.
+    const std::vector<const BinaryExpression*> all = LeftSpine(*this, std::numeric_limits<std::size_t>::max());
+    TavixValue value = all.back()->left->Evaluate(context);
+    for (auto node = all.rbegin(); node != all.rend(); ++node) {
+      context.CheckInterrupt();
+      Eigen::MatrixXd step;
+      Combine(context, **node, value, (*node)->right->Evaluate(context), step);
+      value = TavixValue::FromMatrix(std::move(step));
+    }
+    out = *value.matrix;
+    return true;
+  }
+  if (EvaluateFused(context, *this, out)) return true;
+  Combine(context, *this, left->Evaluate(context), right->Evaluate(context), out);
   return true;
 }
 
@@ -115,7 +175,8 @@ TavixValue UnaryExpression::Evaluate(ExecContext& context) const {
 TavixValue TransposeExpression::Evaluate(ExecContext& context) const {
   const TavixValue value = operand->Evaluate(context);
   const auto m = Operand(context, *this, *operand, value, "Operator \"'\" is not defined for ");
-  return TavixValue::FromMatrix(Eigen::MatrixXd(m->transpose()));
+  // x'' is x again (as a matrix), however many primes follow.
+  return TavixValue::FromMatrix(times % 2 == 1 ? Eigen::MatrixXd(m->transpose()) : Eigen::MatrixXd(*m));
 }
 
 TavixValue BlockMatrixExpression::Evaluate(ExecContext& context) const {

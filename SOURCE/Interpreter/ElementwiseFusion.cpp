@@ -28,12 +28,18 @@ struct Plan {
   Eigen::Index rows = -1;  // the common size of the matrix operands
   Eigen::Index cols = -1;
   int depth = 0;           // the deepest stack the program reaches
+  std::size_t visited = 0;  // nodes compiled so far
 };
 
 // The shape a subtree yields: a 1 by 1 value or a matrix of the common size.
 enum class Shape { Scalar, Matrix, Unfusable };
 
+// Expressions of more steps than this are left to the evaluator (compiling walks the tree by
+// recursion, and asks each subtree whether it is a number).
+constexpr std::size_t kMaxSteps = 64;
+
 Shape Compile(ExecContext& context, const Expression& node, Plan& plan, int depth) {
+  if (++plan.visited > kMaxSteps) return Shape::Unfusable;
   plan.depth = std::max(plan.depth, depth + 1);
   double scalar = 0.0;
   if (node.EvaluateScalar(context, scalar)) {

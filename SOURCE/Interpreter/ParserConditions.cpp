@@ -42,16 +42,22 @@ std::unique_ptr<Comparison> TavixParser::Compared(bool execute) {
 }
 
 template <class Rule>
-auto TavixParser::Parenthesised(Rule rule, bool execute) -> decltype(rule(execute)) {
+auto TavixParser::Parenthesised(Rule rule, int kind, bool execute) -> decltype(rule(execute)) {
   // "(" opens either a condition or an arithmetic expression, as in (a + b) > c: try the
-  // condition first without running anything.
-  if (LA(1) != tok::OPAREN || !Speculate([&] {
-        match(tok::OPAREN);
-        rule(false);
-        match(tok::CPAREN);
-      })) {
-    return nullptr;
+  // condition first without running anything. The answer for a position is kept, so nested
+  // parentheses are tried once each rather than once per enclosing attempt.
+  if (LA(1) != tok::OPAREN) return nullptr;
+  const long long key = static_cast<long long>(m_stream.Index()) * 2 + kind;
+  auto known = m_speculations.find(key);
+  if (known == m_speculations.end()) {
+    const bool parses = Speculate([&] {
+      match(tok::OPAREN);
+      rule(false);
+      match(tok::CPAREN);
+    });
+    known = m_speculations.emplace(key, parses).first;
   }
+  if (!known->second) return nullptr;
   const Token& open = match(tok::OPAREN);
   auto inner = rule(execute);
   inner->first = open.index;
@@ -61,6 +67,7 @@ auto TavixParser::Parenthesised(Rule rule, bool execute) -> decltype(rule(execut
 
 // bool_expr: bool_signed ((AMP | VERT) bool_signed)*
 BoolExpressionPtr TavixParser::bool_expr(bool execute) {
+  const NestingGuard nesting(*this);
   return Chained<BoolChain>(bool_signed(execute), [&] { return bool_signed(execute); });
 }
 
@@ -80,7 +87,7 @@ BoolExpressionPtr TavixParser::bool_primary(bool execute) {
     return node;
   }
   if (LA(1) == tok::STRCMP) return strcmp_bool(execute);
-  if (BoolExpressionPtr inner = Parenthesised([&](bool e) { return bool_expr(e); }, execute)) {
+  if (BoolExpressionPtr inner = Parenthesised([&](bool e) { return bool_expr(e); }, 0, execute)) {
     return inner;
   }
   return bool_simple(execute);
@@ -107,6 +114,7 @@ BoolExpressionPtr TavixParser::strcmp_bool(bool execute) {
 
 // logical_expr: logical_signed ((AMP | VERT) logical_signed)*
 LogicalExpressionPtr TavixParser::logical_expr(bool execute) {
+  const NestingGuard nesting(*this);
   return Chained<LogicalChain>(logical_signed(execute), [&] { return logical_signed(execute); });
 }
 
@@ -117,7 +125,7 @@ LogicalExpressionPtr TavixParser::logical_signed(bool execute) {
 
 // logical_primary: (OPAREN logical_expr CPAREN)=> OPAREN logical_expr CPAREN | logical_simple
 LogicalExpressionPtr TavixParser::logical_primary(bool execute) {
-  if (LogicalExpressionPtr inner = Parenthesised([&](bool e) { return logical_expr(e); }, execute)) {
+  if (LogicalExpressionPtr inner = Parenthesised([&](bool e) { return logical_expr(e); }, 1, execute)) {
     return inner;
   }
   return logical_simple(execute);

@@ -69,6 +69,7 @@ ExpressionPtr TavixParser::rhs_matrix(bool execute) {
 
 // expr: term (add_oper term)*
 ExpressionPtr TavixParser::expr(bool execute) {
+  const NestingGuard nesting(*this);
   ExpressionPtr left = term(execute);
   while ((LA(1) == tok::PLUS || LA(1) == tok::MINUS) && !SignStartsNewElement()) {
     const Token& op = LT(1);
@@ -127,14 +128,16 @@ ExpressionPtr TavixParser::signed_expr(bool execute) {
 
 // pst_oper: PRIME, applied as often as it is written.
 ExpressionPtr TavixParser::Transposed(ExpressionPtr operand) {
+  if (LA(1) != tok::PRIME) return operand;
+  auto node = std::make_unique<TransposeExpression>();
+  node->first = operand->first;
+  node->times = 0;
   while (LA(1) == tok::PRIME) {
-    auto node = std::make_unique<TransposeExpression>();
-    node->first = operand->first;
     node->last = match(tok::PRIME).index;
-    node->operand = std::move(operand);
-    operand = std::move(node);
+    ++node->times;
   }
-  return operand;
+  node->operand = std::move(operand);
+  return node;
 }
 
 // primary_expr: OPAREN expr CPAREN | tavix_value

@@ -22,7 +22,17 @@ void TavixParser::RunIfExecuting(const Statement& statement, bool execute) {
 void TavixParser::program() { statement_list(true); }
 
 // statement_list: statement*
+TavixParser::NestingGuard::NestingGuard(TavixParser& parser) : m_parser(parser) {
+  if (++m_parser.m_nesting > kMaxNesting) {
+    --m_parser.m_nesting;
+    m_parser.ThrowSyntaxError(SyntaxErrorKind::Recognition, m_parser.LT(1), 0,
+                              "Nested more than " + std::to_string(kMaxNesting) +
+                                  " levels deep (parentheses, brackets, conditions and blocks)");
+  }
+}
+
 std::unique_ptr<Block> TavixParser::statement_list(bool execute) {
+  const NestingGuard nesting(*this);
   auto block = std::make_unique<Block>();
   block->first = m_stream.Index();
   block->last = block->first;

@@ -4,6 +4,7 @@
 #include <array>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "Ast.h"
@@ -224,7 +225,7 @@ protected:
   std::unique_ptr<Comparison> Compared(bool execute);
   // OPAREN rule CPAREN when the tokens read as that; null otherwise (nothing consumed).
   template <class Rule>
-  auto Parenthesised(Rule rule, bool execute) -> decltype(rule(execute));
+  auto Parenthesised(Rule rule, int kind, bool execute) -> decltype(rule(execute));
 
   // No alternative of the current rule starts with the current token.
   [[noreturn]] void NoViableAlt();
@@ -238,6 +239,20 @@ protected:
 
   // While the conditions of `test` are read: names (and prefix$name) are parameter labels.
   bool m_drawLabels = false;
+  // How deeply the rules being read nest (parentheses, brackets, conditions, blocks): past
+  // kMaxNesting the text is refused as a syntax error rather than exhaust the stack.
+  static constexpr int kMaxNesting = 256;
+  int m_nesting = 0;
+  // Whether "(" at a token index opens a condition (key: index * 2 + 0 for boolean conditions,
+  // + 1 for logical ones), as found by speculation.
+  std::unordered_map<long long, bool> m_speculations;
+  struct NestingGuard {
+    explicit NestingGuard(TavixParser& parser);
+    ~NestingGuard() { --m_parser.m_nesting; }
+    NestingGuard(const NestingGuard&) = delete;
+    NestingGuard& operator=(const NestingGuard&) = delete;
+    TavixParser& m_parser;
+  };
   // Whether each open bracket is a matrix literal's (true) or parentheses (false).
   std::vector<bool> m_bracketContext;
   // Follow sets of the rules being parsed, innermost last.
