@@ -1,3 +1,4 @@
+// Delimited text: the field reader, type detection of columns, and the writers.
 #include "DelimitedText.h"
 
 
@@ -5,7 +6,6 @@
 #include <cctype>
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 #include <set>
 #include <unordered_map>
@@ -59,9 +59,10 @@ public:
       } else {
         m_unterminated = true;
       }
-      // Anything between the closing quote and the delimiter is dropped.
+      // Blanks may follow the closing quote; anything else there is an error, not dropped.
       while (m_pos < m_text.size() && m_text[m_pos] != m_delimiter && m_text[m_pos] != '\n' &&
              m_text[m_pos] != '\r') {
+        if (m_text[m_pos] != ' ' && m_text[m_pos] != '\t') m_textAfterQuote = true;
         ++m_pos;
       }
     } else {
@@ -84,6 +85,7 @@ public:
 
   bool Quoted() const { return m_quoted; }
   bool Unterminated() const { return m_unterminated; }
+  bool TextAfterQuote() const { return m_textAfterQuote; }
   long QuoteLine() const { return m_quoteLine; }
 
   // Whether only line breaks remain.
@@ -98,12 +100,9 @@ public:
   }
   bool AtLineBreak() const { return m_pos < m_text.size() && (m_text[m_pos] == '\n' || m_text[m_pos] == '\r'); }
 
-  // Skips lines that hold nothing (trailing line breaks).
+  // Skips lines that hold nothing (trailing line breaks); LF, CRLF and a lone CR each end a line.
   void SkipEmptyLines() {
-    while (m_pos < m_text.size() && (m_text[m_pos] == '\n' || m_text[m_pos] == '\r')) {
-      if (m_text[m_pos] == '\n') ++m_line;
-      ++m_pos;
-    }
+    while (AtLineBreak()) SkipLineBreak();
   }
 
   void Rewind(std::size_t pos, long line) {
@@ -119,6 +118,7 @@ private:
   long m_line = 1;
   bool m_quoted = false;
   bool m_unterminated = false;
+  bool m_textAfterQuote = false;
   long m_quoteLine = 0;
 };
 
@@ -134,6 +134,18 @@ bool IsMissing(std::string_view cell) {
 
 // The number a cell holds; false when it is not a number.
 bool ParseNumber(std::string_view cell, double& out) { return TextToDouble(cell, out); }
+
+// What is wrong with the quoting of the field just read, or "".
+std::string QuotingError(const FieldReader& reader) {
+  if (reader.Unterminated()) {
+    return "the quoted field that starts on line " + std::to_string(reader.QuoteLine()) + " is never closed.";
+  }
+  if (reader.TextAfterQuote()) {
+    return "the quoted field that starts on line " + std::to_string(reader.QuoteLine()) +
+           " has text after its closing quote.";
+  }
+  return {};
+}
 
 }  // namespace
 
@@ -164,6 +176,8 @@ DelimitedImport ReadDelimited(std::string_view text, char delimiter, const Reser
   }
   for (bool lineEnd = false; !lineEnd;) {
     lineEnd = reader.Next(field, scratch);
+    result.error = QuotingError(reader);
+    if (!result.error.empty()) return result;
     const std::string original(Trimmed(field));
     std::string name = ToIdentifier(original, names.size(), reserved);
     for (int k = 2; taken.count(name) > 0; ++k) {
@@ -199,11 +213,8 @@ DelimitedImport ReadDelimited(std::string_view text, char delimiter, const Reser
     }
     for (bool lineEnd = false; !lineEnd; ++column) {
       lineEnd = reader.Next(field, scratch);
-      if (reader.Unterminated()) {
-        result.error = "the quoted field that starts on line " + std::to_string(reader.QuoteLine()) +
-                       " is never closed.";
-        return result;
-      }
+      result.error = QuotingError(reader);
+      if (!result.error.empty()) return result;
       if (column >= columns) continue;
       // A quoted cell is text as written; an unquoted one is trimmed and may be a number.
       const bool quoted = reader.Quoted();
@@ -260,11 +271,13 @@ DelimitedImport ReadDelimited(std::string_view text, char delimiter, const Reser
 
 namespace {
 
-std::string Cell(double x) {
-  if (std::isnan(x)) return {};
+// A number in its shortest form that reads back as the same double ("0.1", "1e+300", "-0",
+// "inf"), whatever the locale; a missing value as `missing`.
+std::string Cell(double x, const std::string& missing) {
+  if (std::isnan(x)) return missing;
   char text[32];
-  std::snprintf(text, sizeof text, "%.17g", x);
-  return text;
+  const auto [end, error] = std::to_chars(text, text + sizeof text, x);
+  return error == std::errc() ? std::string(text, end) : missing;
 }
 
 // A string cell as written: in quotes when reading it back bare would change it (a delimiter,
@@ -299,8 +312,7 @@ std::string WriteDelimited(const Dataset& dataset, char delimiter) {
       if (j) out += delimiter;
       const double x = dataset.Data()(i, static_cast<Eigen::Index>(j));
       out += dataset.IsStringVariable(names[j]) ? Quoted(dataset.StringValue(names[j], i), delimiter)
-             : std::isnan(x)                     ? missing
-                                                 : Cell(x);
+                                                 : Cell(x, missing);
     }
     out += "\n";
   }
@@ -309,10 +321,12 @@ std::string WriteDelimited(const Dataset& dataset, char delimiter) {
 
 std::string WriteDelimited(const Eigen::MatrixXd& matrix, char delimiter) {
   std::string out;
+  // As for datasets, a line of one column is never left empty.
+  const std::string missing = matrix.cols() == 1 ? "NA" : "";
   for (Eigen::Index i = 0; i < matrix.rows(); ++i) {
     for (Eigen::Index j = 0; j < matrix.cols(); ++j) {
       if (j) out += delimiter;
-      out += Cell(matrix(i, j));
+      out += Cell(matrix(i, j), missing);
     }
     out += "\n";
   }

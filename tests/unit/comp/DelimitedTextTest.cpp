@@ -21,6 +21,19 @@ TEST(DelimitedText, NumbersMissingValuesAndLineEnds) {
   EXPECT_TRUE(std::isnan(d.Data()(1, 0)));
   for (int row = 1; row < 4; ++row) EXPECT_TRUE(std::isnan(d.Data()(row, 1))) << row;
   EXPECT_FALSE(d.HasStringVariables());
+
+  // Out of range: infinities of their sign above the largest double, zeros of their sign below
+  // the smallest.
+  const DelimitedImport range = ReadDelimited("a,b,c,d,e\n1e-400,-1e-400,1e400,-1e400,4.9e-324\n", ',');
+  ASSERT_EQ(range.error, "");
+  const Eigen::MatrixXd& x = range.dataset->Data();
+  EXPECT_EQ(x(0, 0), 0.0);
+  EXPECT_FALSE(std::signbit(x(0, 0)));
+  EXPECT_EQ(x(0, 1), 0.0);
+  EXPECT_TRUE(std::signbit(x(0, 1)));
+  EXPECT_EQ(x(0, 2), std::numeric_limits<double>::infinity());
+  EXPECT_EQ(x(0, 3), -std::numeric_limits<double>::infinity());
+  EXPECT_EQ(x(0, 4), std::numeric_limits<double>::denorm_min());
 }
 
 TEST(DelimitedText, QuotedFieldsAndStringColumns) {
@@ -53,6 +66,17 @@ TEST(DelimitedText, RaggedLinesAreRefused) {
   // A quote never closed, here in the last column, is named by the line it starts on.
   EXPECT_EQ(ReadDelimited("a,b\n1,\"x\n2,y\n3,z\n", ',').error,
             "the quoted field that starts on line 2 is never closed.");
+  // Also in the header, and with lines ended by a lone CR.
+  EXPECT_EQ(ReadDelimited("a,\"b\n1,2\n", ',').error, "the quoted field that starts on line 1 is never closed.");
+  EXPECT_EQ(ReadDelimited("a,b\r\r1,2\r3,4,5\r", ',').error, "line 4 has 3 fields where the header has 2.");
+  // Text after a closing quote would be lost: refused; blanks there are not.
+  EXPECT_EQ(ReadDelimited("a,b\n1,\"x\"y\n", ',').error,
+            "the quoted field that starts on line 2 has text after its closing quote.");
+  EXPECT_EQ(ReadDelimited("a,\"b\"c\n1,2\n", ',').error,
+            "the quoted field that starts on line 1 has text after its closing quote.");
+  const DelimitedImport blanks = ReadDelimited("a,b\n1,\"x\"  \n", ',');
+  ASSERT_EQ(blanks.error, "");
+  EXPECT_EQ(blanks.dataset->StringValue("b", 0), "x");
   // A wrong delimiter gives one column rather than an error; the caller warns about it.
   const DelimitedImport r = ReadDelimited("a;b\n1;2\n", ',');
   EXPECT_EQ(r.error, "");
@@ -90,7 +114,7 @@ TEST(DelimitedText, ExportThenImportGivesTheSameDataset) {
   const double specials[] = {0.0, -0.0, std::numeric_limits<double>::infinity(),
                              -std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN(),
                              4.9e-324, 1.7976931348623157e308, 0.1, 1.0 / 3.0};
-  for (int trial = 0; trial < 200; ++trial) {
+  for (int trial = 0; trial < 400; ++trial) {
     const int variables = 1 + static_cast<int>(rng.Uniform() * 4);
     const int rows = static_cast<int>(rng.Uniform() * 6);
     std::vector<std::string> names;
@@ -104,7 +128,20 @@ TEST(DelimitedText, ExportThenImportGivesTheSameDataset) {
     for (int j = 0; j < variables; ++j) {
       if (rng.Uniform() < 0.5) continue;
       std::vector<std::string> texts;
-      for (int i = 0; i < rows; ++i) texts.push_back(awkward[static_cast<std::size_t>(rng.Uniform() * static_cast<double>(awkward.size()))]);
+      for (int i = 0; i < rows; ++i) {
+        if (rng.Uniform() < 0.5) {
+          texts.push_back(awkward[static_cast<std::size_t>(rng.Uniform() * static_cast<double>(awkward.size()))]);
+          continue;
+        }
+        // Short texts of the characters that matter to the format: digits and signs that may
+        // make numbers, blanks, delimiters, quotes, line breaks, letters of "NA", "nan", "inf".
+        static const std::string alphabet = "01.e-+ \t,;\"\n\rNAnaif";
+        std::string text;
+        for (int k = static_cast<int>(rng.Uniform() * 6); k > 0; --k) {
+          text += alphabet[static_cast<std::size_t>(rng.Uniform() * static_cast<double>(alphabet.size()))];
+        }
+        texts.push_back(text);
+      }
       d.SetStringVariable(names[static_cast<std::size_t>(j)], texts);
     }
     for (char delimiter : {',', ';', '\t'}) {
@@ -128,4 +165,17 @@ TEST(DelimitedText, ExportThenImportGivesTheSameDataset) {
       }
     }
   }
+}
+
+// A matrix of one column never writes an empty line, which a reader would skip; numbers come
+// back bit for bit.
+TEST(DelimitedText, MatrixColumnsKeepEveryRow) {
+  Eigen::MatrixXd m(5, 1);
+  m << 0.1, std::numeric_limits<double>::quiet_NaN(), 1.0 / 3.0, -0.0, std::numeric_limits<double>::quiet_NaN();
+  const std::string text = WriteDelimited(m, ',');
+  EXPECT_EQ(text.find("\n\n"), std::string::npos) << text;
+  const DelimitedImport back = ReadDelimited("x\n" + text, ',');
+  ASSERT_EQ(back.error, "");
+  ASSERT_EQ(back.dataset->NumberOfObservations(), 5);
+  for (Eigen::Index i = 0; i < 5; ++i) EXPECT_TRUE(SameNumber(back.dataset->Data()(i, 0), m(i, 0))) << i;
 }
