@@ -9,6 +9,7 @@
 #include "LM.h"
 #include "LM_HET.h"
 #include "LM_RE.h"
+#include "PooledDraws.h"
 #include "RandomEngine.h"
 #include "RegressionStatistics.h"
 
@@ -65,15 +66,6 @@ long double ReferenceSumOfSquares(const Sample& s) {
     syy += dy * dy;
   }
   return syy - sxy * sxy / sxx;
-}
-
-Eigen::MatrixXd Pooled(const Estimator& estimator) {
-  const auto& draws = estimator.Draws();
-  Eigen::MatrixXd all(draws[0].rows() * static_cast<Eigen::Index>(draws.size()), draws[0].cols());
-  for (std::size_t c = 0; c < draws.size(); ++c) {
-    all.middleRows(static_cast<Eigen::Index>(c) * draws[0].rows(), draws[0].rows()) = draws[c];
-  }
-  return all;
 }
 
 }  // namespace

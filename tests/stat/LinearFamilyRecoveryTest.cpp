@@ -10,6 +10,7 @@
 #include "LM_HET.h"
 #include "LM_RE.h"
 #include "MarginalLikelihood.h"
+#include "PooledDraws.h"
 #include "RandomEngine.h"
 
 namespace {
@@ -19,15 +20,6 @@ Eigen::VectorXd Gibbs(long draws, long burnin, long chains, std::uint64_t seed =
   g << static_cast<double>(draws), static_cast<double>(burnin), static_cast<double>(chains), 1,
       static_cast<double>(seed);
   return g;
-}
-
-Eigen::MatrixXd Pooled(const Estimator& estimator) {
-  const auto& draws = estimator.Draws();
-  Eigen::MatrixXd all(draws[0].rows() * static_cast<Eigen::Index>(draws.size()), draws[0].cols());
-  for (std::size_t c = 0; c < draws.size(); ++c) {
-    all.middleRows(static_cast<Eigen::Index>(c) * draws[0].rows(), draws[0].rows()) = draws[c];
-  }
-  return all;
 }
 
 LinearPrior Unconstrained(const Eigen::VectorXd& mean, const Eigen::MatrixXd& precision) {
