@@ -1,6 +1,9 @@
 // Built-ins that make datasets: from a delimited text file, and from a matrix.
+#include <charconv>
+#include <cmath>
 #include <filesystem>
 #include <fstream>
+#include <limits>
 #include <set>
 #include <sstream>
 
@@ -80,7 +83,42 @@ TavixValue Import(const BuiltinCall& call) {
   return TavixValue::FromDataset(imported.dataset);
 }
 
-// webimport(url, delimiter): url is "host/file", with or without "http://" or "https://".
+// The download limits of webimport: the defaults, the size limit raised or lowered by the option
+// "maxsize" (megabytes; inf for none), and the session's interrupt flag.
+DownloadLimits WebImportLimits(const BuiltinCall& call) {
+  DownloadLimits limits;
+  std::set<std::string> given;
+  for (const auto& option : call.Options()) {
+    if (option.name != "maxsize") {
+      call.Fail("Unknown optional argument \"" + option.name +
+                "\" passed to \"webimport\". The function takes only the size limit (\"maxsize\" = "
+                "megabytes) as an optional argument.");
+    }
+    if (!given.insert(option.name).second) call.Fail("Some optional arguments are provided multiple times.");
+    double megabytes = 0.0;
+    if (option.value.code != kind::MATRIX || !IntrCheck_PositiveNumber(*option.value.matrix, megabytes)) {
+      call.Fail("The \"maxsize\" option passed to \"webimport\" must be a positive number of megabytes.");
+    }
+    const double bytes = std::floor(megabytes * 1e6);
+    limits.maxBytes = bytes >= static_cast<double>(std::numeric_limits<std::size_t>::max())
+                          ? std::numeric_limits<std::size_t>::max()
+                          : static_cast<std::size_t>(bytes);
+  }
+  Session& session = call.Context().session();
+  limits.interrupted = [&session] { return session.interruptRequested.load(std::memory_order_relaxed); };
+  return limits;
+}
+
+// A number of bytes in megabytes, as the option "maxsize" gives them.
+std::string Megabytes(double bytes) {
+  char text[32];
+  const auto [end, error] = std::to_chars(text, text + sizeof text, bytes / 1e6);
+  return error == std::errc() ? std::string(text, end) : "?";
+}
+
+// webimport(url, delimiter [, "maxsize" = megabytes]): url is "host/file", with or without
+// "http://" or "https://". The download is bounded in time and size and ends when the user stops
+// the job.
 TavixValue WebImport(const BuiltinCall& call) {
   if (call.Value(0).code != kind::STRING) {
     call.Fail("The first argument of \"" + call.Name() + "\" must be a string.");
@@ -95,14 +133,25 @@ TavixValue WebImport(const BuiltinCall& call) {
   if (!knownScheme || slash == std::string::npos || slash == 0 || slash + 1 == rest.size()) {
     call.Fail("The URL provided to \"webimport\" must be of the form \"host/file\".");
   }
+  const DownloadLimits limits = WebImportLimits(call);
   if (scheme == std::string::npos) url = "http://" + url;
-  std::string error;
-  const std::string text = DownloadText(url, error);
-  if (!error.empty()) call.Fail("Cannot import data from \"" + url + "\": " + error);
-  const DelimitedImport imported = ReadDelimited(text, delimiter, IsReservedWord);
-  if (!imported.error.empty()) {
-    call.Fail("Cannot import data from \"" + url + "\". Incompatible file format: " + imported.error);
+  const DownloadResult download = DownloadText(url, limits);
+  const std::string cannot = "Cannot import data from \"" + url + "\"";
+  switch (download.outcome) {
+    case DownloadOutcome::Done:
+      break;
+    case DownloadOutcome::Interrupted:
+      call.Context().CheckInterrupt();
+      call.Fail(cannot + ": " + download.error);
+    case DownloadOutcome::TooLarge:
+      call.Fail(cannot + ": the file is larger than " + Megabytes(static_cast<double>(limits.maxBytes)) +
+                " MB. The option \"maxsize\" sets another limit in megabytes, for example \"maxsize\" = " +
+                Megabytes(2.0 * static_cast<double>(limits.maxBytes)) + ".");
+    default:
+      call.Fail(cannot + ": " + download.error);
   }
+  const DelimitedImport imported = ReadDelimited(download.body, delimiter, IsReservedWord);
+  if (!imported.error.empty()) call.Fail(cannot + ". Incompatible file format: " + imported.error);
   WarnAboutImport(call, imported);
   return TavixValue::FromDataset(imported.dataset);
 }
@@ -227,7 +276,7 @@ const BuiltinRow kRows[] = {
     {"sortd", ArgCounts(1), true, SortData},
     {"dropmissing", ArgCounts(1), false, DropMissing},
     {"import", ArgCounts(2), false, Import},
-    {"webimport", ArgCounts(2), false, WebImport},
+    {"webimport", ArgCounts(2), true, WebImport},
     {"dataset", ArgCounts(1, 2), false, DatasetFromMatrix},
 };
 

@@ -1,76 +1,20 @@
 // webimport against an HTTP server on 127.0.0.1 that the test runs: a file, a missing file, a
-// closed port, and a malformed address.
+// closed port, a malformed address, servers that flood or redirect for ever, the "maxsize" option,
+// and a stop while the server stalls.
 #include <gtest/gtest.h>
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
-#include <atomic>
+#include <chrono>
 #include <string>
 #include <thread>
 
 #include "Dataset.h"
 #include "InterpreterTestSupport.h"
-
-namespace {
-
-// Serves "/prices.csv" and answers 404 to anything else, one connection at a time, until
-// destroyed.
-class LocalHttpServer {
-public:
-  LocalHttpServer() {
-    m_socket = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = 0;  // any free port
-    bind(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address);
-    listen(m_socket, 4);
-    socklen_t length = sizeof address;
-    getsockname(m_socket, reinterpret_cast<sockaddr*>(&address), &length);
-    m_port = ntohs(address.sin_port);
-    m_thread = std::thread([this] { Serve(); });
-  }
-  ~LocalHttpServer() {
-    m_stop = true;
-    shutdown(m_socket, SHUT_RDWR);
-    close(m_socket);
-    m_thread.join();
-  }
-  int Port() const { return m_port; }
-
-private:
-  void Serve() {
-    while (!m_stop) {
-      const int client = accept(m_socket, nullptr, nullptr);
-      if (client < 0) return;
-      char buffer[4096];
-      const ssize_t got = recv(client, buffer, sizeof buffer - 1, 0);
-      const std::string request(buffer, got > 0 ? static_cast<std::size_t>(got) : 0);
-      const bool found = request.rfind("GET /prices.csv ", 0) == 0;
-      const std::string body = found ? "item,price\r\n\"bread, white\",1.5\r\nmilk,0.9\r\n" : "no";
-      const std::string reply = std::string(found ? "HTTP/1.1 200 OK" : "HTTP/1.1 404 Not Found") +
-                                "\r\nContent-Length: " + std::to_string(body.size()) +
-                                "\r\nConnection: close\r\n\r\n" + body;
-      send(client, reply.data(), reply.size(), MSG_NOSIGNAL);
-      close(client);
-    }
-  }
-
-  int m_socket = -1;
-  int m_port = 0;
-  std::atomic<bool> m_stop{false};
-  std::thread m_thread;
-};
-
-}  // namespace
+#include "comp/LocalHttpServer.h"
 
 TEST(WebImport, ReadsAFileFromAServer) {
   LocalHttpServer server;
   RecordingSession run;
-  const std::string host = "127.0.0.1:" + std::to_string(server.Port());
+  const std::string host = server.Host();
   ASSERT_EQ(run.ErrorOf("d = webimport(\"" + host + "/prices.csv\", \",\");"), "");
   const Dataset& d = *run.session.workspace.datasets.at("d");
   EXPECT_EQ(d.StringValue("item", 0), "bread, white");
@@ -83,7 +27,7 @@ TEST(WebImport, FailuresAreMessages) {
   int closedPort = 0;
   {
     LocalHttpServer server;
-    const std::string host = "127.0.0.1:" + std::to_string(server.Port());
+    const std::string host = server.Host();
     const std::string missing = run.ErrorOf("d = webimport(\"" + host + "/other.csv\", \",\");");
     EXPECT_NE(missing.find("Cannot import data from \"http://" + host + "/other.csv\": "),
               std::string::npos)
@@ -99,5 +43,69 @@ TEST(WebImport, FailuresAreMessages) {
             std::string::npos);
   EXPECT_NE(run.ErrorOf("d = webimport(\"justahost\", \",\");").find("\"host/file\""),
             std::string::npos);
+  EXPECT_EQ(run.session.workspace.ID_code("d"), -1);
+}
+
+// Endless bodies stop at the size limit, which "maxsize" sets in megabytes; a redirect loop stops
+// after ten redirects; the option is checked. Nothing enters the workspace.
+TEST(WebImport, LimitsAndTheSizeOption) {
+  LocalHttpServer server;
+  RecordingSession run;
+  const std::string url = "http://" + server.Host();
+  for (const std::string path : {"/flood", "/huge"}) {
+    const std::string e = run.ErrorOf("d = webimport(\"" + server.Host() + path + "\", \",\", \"maxsize\" = 0.1);");
+    EXPECT_NE(e.find("Cannot import data from \"" + url + path +
+                     "\": the file is larger than 0.1 MB. The option \"maxsize\" sets another limit in "
+                     "megabytes, for example \"maxsize\" = 0.2."),
+              std::string::npos)
+        << e;
+  }
+  const std::string loop = run.ErrorOf("d = webimport(\"" + server.Host() + "/loop\", \",\");");
+  EXPECT_NE(loop.find("Cannot import data from \"" + url + "/loop\": it was redirected more than 10 times."),
+            std::string::npos)
+      << loop;
+  const std::string prefix = "d = webimport(\"" + server.Host() + "/prices.csv\", \",\", ";
+  EXPECT_NE(run.ErrorOf(prefix + "\"maxsize\" = 0.00001);").find("the file is larger than 1e-05 MB."),
+            std::string::npos);
+  EXPECT_NE(run.ErrorOf(prefix + "\"size\" = 1);")
+                .find("Unknown optional argument \"size\" passed to \"webimport\". The function takes only "
+                      "the size limit (\"maxsize\" = megabytes) as an optional argument."),
+            std::string::npos);
+  EXPECT_NE(run.ErrorOf(prefix + "\"maxsize\" = 1, \"maxsize\" = 2);")
+                .find("Some optional arguments are provided multiple times."),
+            std::string::npos);
+  for (const char* bad : {"0", "-1", "nan", "[1 2]", "\"10\""}) {
+    EXPECT_NE(run.ErrorOf(prefix + "\"maxsize\" = " + bad + ");")
+                  .find("The \"maxsize\" option passed to \"webimport\" must be a positive number of megabytes."),
+              std::string::npos)
+        << bad;
+  }
+  EXPECT_EQ(run.session.workspace.ID_code("d"), -1);
+  // A limit that the file fits, and none at all.
+  ASSERT_EQ(run.ErrorOf(prefix + "\"maxsize\" = 0.001);"), "");
+  EXPECT_EQ(run.session.workspace.datasets.at("d")->NumberOfObservations(), 2);
+  ASSERT_EQ(run.ErrorOf(prefix + "\"maxsize\" = inf);"), "");
+}
+
+// A stop (Ctrl+C in a batch run, the stop button in the window) ends a download from a server
+// that never answers, long before any time limit, and the statement leaves nothing behind.
+TEST(WebImport, StopEndsAStalledDownload) {
+  LocalHttpServer server;
+  RecordingSession run;
+  std::thread stopper([&run] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    run.session.interruptRequested = true;
+  });
+  const auto start = std::chrono::steady_clock::now();
+  bool interrupted = false;
+  try {
+    RunProgram(run.session, "d = webimport(\"" + server.Host() + "/stall\", \",\");", "\"test.tvx\"", 0);
+  } catch (const TavixInterrupted&) {
+    interrupted = true;
+  }
+  const double elapsed = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  stopper.join();
+  EXPECT_TRUE(interrupted);
+  EXPECT_LT(elapsed, 3.0);
   EXPECT_EQ(run.session.workspace.ID_code("d"), -1);
 }
