@@ -165,8 +165,9 @@ TavixValue ModelExpression::Evaluate(ExecContext& context) const {
 
   const auto start = std::chrono::steady_clock::now();
   std::shared_ptr<Model> model;
+  std::vector<std::string> warnings;
   try {
-    model = job->Estimate(ModelRunContext{context.dispatcher(), &context.session().interruptRequested});
+    model = job->Estimate(ModelRunContext{context.dispatcher(), &context.session().interruptRequested, &warnings});
   } catch (const EstimationRefused& refusal) {
     context.dispatcher().HideProgressBar();
     context.Fail(*this, refusal.what());
@@ -193,6 +194,7 @@ TavixValue ModelExpression::Evaluate(ExecContext& context) const {
   model->AddResult("nobs", Eigen::MatrixXd::Constant(1, 1, static_cast<double>(description.observations)));
   model->SetDataset(request.dataset, request.datasetName);
   model->PrintResults(context.dispatcher());
+  for (const std::string& warning : warnings) context.Warn(*this, warning);
   WarnAboutNonFiniteResults(context, *this, *model);
   return TavixValue::FromModel(model);
 }

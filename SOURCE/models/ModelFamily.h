@@ -47,6 +47,7 @@ struct ModelRequest {
 struct ModelRunContext {
   const EventDispatcher& out;
   const std::atomic<bool>* interrupt;  // set by the user to stop; may be null
+  std::vector<std::string>* warnings = nullptr;  // what the statement should warn about after the results
 };
 
 // A checked model statement, ready to estimate.

@@ -1,0 +1,34 @@
+// BinaryAugmentation: one-sided truncated Normal draws and the probit log-likelihood.
+#include "BinaryAugmentation.h"
+
+#include <cmath>
+#include <limits>
+
+#include "TruncatedNormal.h"
+
+void DrawBinaryUtilities(const Eigen::VectorXd& y, const Eigen::VectorXd& mean, RandomEngine& rng,
+                         Eigen::VectorXd& z) {
+  constexpr double kInf = std::numeric_limits<double>::infinity();
+  for (Eigen::Index i = 0; i < y.size(); ++i) {
+    z(i) = y(i) > 0.5 ? dist::TruncatedNormalDraw(rng, mean(i), 1.0, 0.0, kInf)
+                      : dist::TruncatedNormalDraw(rng, mean(i), 1.0, -kInf, 0.0);
+  }
+}
+
+namespace {
+
+// log Phi(t): from erfc, accurate to far into the lower tail, and from the tail's asymptotic
+// series where erfc underflows.
+double LogNormalCdf(double t) {
+  if (t > -30.0) return std::log(0.5 * std::erfc(-t / std::sqrt(2.0)));
+  const double t2 = t * t;
+  return -0.5 * t2 - std::log(-t) - 0.9189385332046727 + std::log1p(-1.0 / t2 + 3.0 / (t2 * t2));
+}
+
+}  // namespace
+
+double ProbitLogLikelihood(const Eigen::VectorXd& y, const Eigen::VectorXd& index) {
+  double sum = 0.0;
+  for (Eigen::Index i = 0; i < y.size(); ++i) sum += LogNormalCdf(y(i) > 0.5 ? index(i) : -index(i));
+  return sum;
+}

@@ -1,0 +1,15 @@
+// BinaryAugmentation: latent utilities of binary outcomes, drawn from Normals truncated to the
+// side of zero that each outcome says.
+#pragma once
+
+#include <Eigen/Dense>
+
+#include "RandomEngine.h"
+
+// z_i ~ N(mean_i, 1) truncated to (0, inf) where y_i = 1 and to (-inf, 0] where y_i = 0.
+void DrawBinaryUtilities(const Eigen::VectorXd& y, const Eigen::VectorXd& mean, RandomEngine& rng,
+                         Eigen::VectorXd& z);
+
+// log P(y_i | index_i) = log Phi(index_i) for y_i = 1, log Phi(-index_i) for y_i = 0, summed;
+// exact in the tails.
+double ProbitLogLikelihood(const Eigen::VectorXd& y, const Eigen::VectorXd& index);
