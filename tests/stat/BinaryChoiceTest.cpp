@@ -1,11 +1,13 @@
-// The probit sampler: recovery of simulated coefficients, the posterior of a one-coefficient
-// model against quadrature, and both marginal likelihoods against the quadrature value.
+// The binary choice samplers (probit by augmentation, logit by independence Metropolis-Hastings):
+// recovery of simulated coefficients, the posterior of a one-coefficient model against
+// quadrature, and both marginal likelihoods against the quadrature value.
 #include <gtest/gtest.h>
 
 #include <cmath>
 
 #include "BinaryAugmentation.h"
 #include "EventDispatcher.h"
+#include "Logit.h"
 #include "MarginalLikelihood.h"
 #include "PooledDraws.h"
 #include "Probit.h"
@@ -97,4 +99,60 @@ TEST(Probit, InterceptModelAgreesWithQuadrature) {
   EXPECT_NEAR(drawSd, sd, 0.08 * sd);
   EXPECT_NEAR(model.logML_CJ, logML, 0.05);
   EXPECT_NEAR(model.logML, logML, 0.1);
+}
+
+TEST(Logit, RecoversSimulatedCoefficientsAndAcceptsMostProposals) {
+  Eigen::VectorXd truth(3);
+  truth << -0.5, 1.0, -0.7;
+  // Logistic errors: the latent index plus a logistic draw, -log(1/u - 1).
+  RandomEngine rng;
+  rng.Seed(23);
+  Sample s;
+  s.X.resize(2000, 3);
+  s.y.resize(2000);
+  for (int i = 0; i < 2000; ++i) {
+    s.X.row(i) << 1.0, rng.Normal(), rng.Uniform() < 0.5 ? 1.0 : 0.0;
+    const double u = rng.Uniform();
+    s.y(i) = s.X.row(i).dot(truth) - std::log(1.0 / u - 1.0) > 0.0 ? 1.0 : 0.0;
+  }
+  Logit model(Gibbs(2000, 200, 2));
+  ASSERT_TRUE(model.Sample(s.y, s.X, Prior(Eigen::VectorXd::Zero(3), 1e-3), EventDispatcher(), nullptr));
+  const Eigen::MatrixXd draws = Pooled(model);
+  ASSERT_EQ(draws.cols(), 3);
+  const Eigen::RowVectorXd mean = draws.colwise().mean();
+  const Eigen::MatrixXd cov = mlik::Covariance(draws);
+  for (Eigen::Index j = 0; j < 3; ++j) EXPECT_NEAR(mean(j), truth(j), 4.0 * std::sqrt(cov(j, j))) << j;
+  EXPECT_GT(model.acceptance, 0.7);
+}
+
+TEST(Logit, InterceptModelAgreesWithQuadrature) {
+  Eigen::VectorXd truth(1);
+  truth << 0.4;
+  const Sample s = Simulate(300, truth, 6);
+  const double precision = 0.5;
+  const int steps = 4000;
+  const double lo = -1.5, hi = 2.5, h = (hi - lo) / steps;
+  const double ones = s.y.sum(), n = static_cast<double>(s.y.size());
+  Eigen::VectorXd logKernel(steps + 1), grid(steps + 1);
+  for (int i = 0; i <= steps; ++i) {
+    const double b = lo + i * h;
+    grid(i) = b;
+    logKernel(i) = ones * b - n * std::log1p(std::exp(b)) + 0.5 * std::log(precision / (2.0 * M_PI)) -
+                   0.5 * precision * b * b;
+  }
+  const double top = logKernel.maxCoeff();
+  const Eigen::ArrayXd w = (logKernel.array() - top).exp();
+  const double mass = w.sum() * h;
+  const double mean = (w * grid.array()).sum() * h / mass;
+  const double sd = std::sqrt((w * (grid.array() - mean).square()).sum() * h / mass);
+
+  Logit model(Gibbs(6000, 200, 1));
+  ASSERT_TRUE(model.Sample(s.y, s.X, Prior(Eigen::VectorXd::Zero(1), precision), EventDispatcher(), nullptr));
+  const Eigen::VectorXd draws = Pooled(model).col(0);
+  const double drawMean = draws.mean();
+  const double drawSd = std::sqrt((draws.array() - drawMean).square().sum() / static_cast<double>(draws.size() - 1));
+  EXPECT_NEAR(drawMean, mean, 0.08 * sd);
+  EXPECT_NEAR(drawSd, sd, 0.06 * sd);
+  EXPECT_NEAR(model.logML_CJ, top + std::log(mass), 0.05);
+  EXPECT_NEAR(model.logML, top + std::log(mass), 0.1);
 }

@@ -1,0 +1,129 @@
+// Logit: the posterior kernel, its mode, the independence chain and the marginal likelihoods.
+#include "Logit.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+
+#include "MarginalLikelihood.h"
+
+namespace {
+
+constexpr double kProposalDof = 10.0;
+
+// log(1 + exp(t)) without overflow.
+double Softplus(double t) { return t > 0.0 ? t + std::log1p(std::exp(-t)) : std::log1p(std::exp(t)); }
+
+class LogitChain : public GibbsChain {
+public:
+  LogitChain(const Logit& model, const IndependenceProposal& proposal, Eigen::VectorXd start)
+      : m_model(model), m_proposal(proposal), m_b(std::move(start)), m_trial(m_b.size()), m_z(m_b.size()) {
+    m_logWeight = m_model.LogPosteriorKernel(m_b) - m_proposal.LogDensity(m_b);
+  }
+
+  void Sweep(RandomEngine& rng) override {
+    m_proposal.Draw(rng, m_z, m_trial);
+    const double logWeight = m_model.LogPosteriorKernel(m_trial) - m_proposal.LogDensity(m_trial);
+    const double logAccept = std::min(0.0, logWeight - m_logWeight);
+    if (std::log(rng.Uniform()) < logAccept) {
+      m_b.swap(m_trial);
+      m_logWeight = logWeight;
+      ++m_accepted;
+    }
+    ++m_sweeps;
+  }
+
+  // b, then the log of posterior kernel over proposal density at b (for Chib and Jeliazkov's
+  // ordinate; dropped from what the model keeps).
+  void Record(DrawRow row) const override {
+    const Eigen::Index k = m_b.size();
+    row.head(k) = m_b.transpose();
+    row(k) = m_logWeight;
+  }
+
+  double Acceptance() const { return m_sweeps > 0 ? static_cast<double>(m_accepted) / static_cast<double>(m_sweeps) : 0.0; }
+
+private:
+  const Logit& m_model;
+  const IndependenceProposal& m_proposal;
+  Eigen::VectorXd m_b, m_trial, m_z;
+  double m_logWeight = 0.0;
+  long m_accepted = 0, m_sweeps = 0;
+};
+
+}  // namespace
+
+double Logit::LogPosteriorKernel(const Eigen::VectorXd& b) const {
+  const Eigen::VectorXd index = *m_X * b;
+  double logLikelihood = 0.0;
+  for (Eigen::Index i = 0; i < index.size(); ++i) logLikelihood += (*m_y)(i) * index(i) - Softplus(index(i));
+  return logLikelihood + mlik::LogNormalDensity(b, m_prior.mean, m_prior.precision);
+}
+
+bool Logit::Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd& X, const LinearPrior& prior,
+                   const EventDispatcher& out, const std::atomic<bool>* interrupt) {
+  m_y = &y;
+  m_X = &X;
+  m_prior = prior;
+  const Eigen::Index k = X.cols();
+  auto derivatives = [&](const Eigen::VectorXd& b, Eigen::VectorXd& gradient, Eigen::MatrixXd& hessian) {
+    // p = 1 / (1 + exp(-index)), written to stay finite for large indices of either sign.
+    const Eigen::VectorXd index = X * b;
+    Eigen::VectorXd prob(index.size());
+    for (Eigen::Index i = 0; i < index.size(); ++i) {
+      prob(i) = index(i) >= 0.0 ? 1.0 / (1.0 + std::exp(-index(i))) : std::exp(index(i)) / (1.0 + std::exp(index(i)));
+    }
+    gradient.noalias() = X.transpose() * (y - prob) - prior.precision * (b - prior.mean);
+    const Eigen::VectorXd w = prob.array() * (1.0 - prob.array());
+    hessian.noalias() = -(X.transpose() * (X.array().colwise() * w.array()).matrix());
+    hessian -= prior.precision;
+    return LogPosteriorKernel(b);
+  };
+  if (!m_proposal.Fit(derivatives, prior.mean, kProposalDof)) {
+    noMode = true;
+    return false;
+  }
+
+  // Chains start at draws from the proposal, so that they begin apart.
+  const long chains = Settings().chains;
+  RandomEngine starts;
+  starts.Seed(Settings().seed + 7);
+  std::vector<Eigen::VectorXd> initial(static_cast<std::size_t>(chains), Eigen::VectorXd(k));
+  Eigen::VectorXd z(k);
+  for (auto& b : initial) m_proposal.Draw(starts, z, b);
+  auto make = [&](int c) -> std::unique_ptr<GibbsChain> {
+    return std::make_unique<LogitChain>(*this, m_proposal, initial[static_cast<std::size_t>(c)]);
+  };
+  if (!RunChains(make, static_cast<int>(k + 1), out, interrupt)) return false;
+  double accepted = 0.0;
+  for (const auto& chain : Chains()) accepted += static_cast<const LogitChain&>(*chain).Acceptance();
+  acceptance = accepted / static_cast<double>(chains);
+
+  const long kept = Settings().KeptDraws();
+  Eigen::MatrixXd pooled(kept * chains, k + 1);
+  for (long c = 0; c < chains; ++c) {
+    pooled.middleRows(c * kept, kept) = Draws()[c];
+    Draws()[c].conservativeResize(Eigen::NoChange, k);
+  }
+  const Eigen::MatrixXd draws = pooled.leftCols(k);
+  const Eigen::VectorXd bStar = draws.colwise().mean().transpose();
+  const double kernelAtStar = LogPosteriorKernel(bStar);
+  logML = mlik::LaplaceMetropolis(kernelAtStar, draws);
+
+  // Chib & Jeliazkov for an independence proposal q: p(b* | y) = E_post[a(b, b*)] q(b*) /
+  // E_q[a(b*, b)], with a(b, b') = min(1, w(b') / w(b)) and w = kernel / q.
+  const double logWeightAtStar = kernelAtStar - m_proposal.LogDensity(bStar);
+  Eigen::VectorXd toStar(pooled.rows());
+  for (Eigen::Index g = 0; g < pooled.rows(); ++g) toStar(g) = std::min(0.0, logWeightAtStar - pooled(g, k));
+  RandomEngine reduced;
+  reduced.Seed(Settings().seed + 1);
+  Eigen::VectorXd fromStar(pooled.rows()), b(k);
+  for (Eigen::Index j = 0; j < fromStar.size(); ++j) {
+    if ((j & 1023) == 0 && interrupt && interrupt->load()) return false;
+    m_proposal.Draw(reduced, z, b);
+    fromStar(j) = std::min(0.0, LogPosteriorKernel(b) - m_proposal.LogDensity(b) - logWeightAtStar);
+  }
+  const double logOrdinate = mlik::LogMeanExp(toStar) + m_proposal.LogDensity(bStar) - mlik::LogMeanExp(fromStar);
+  logML_CJ = kernelAtStar - logOrdinate;
+  return true;
+}
