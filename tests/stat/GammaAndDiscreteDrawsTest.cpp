@@ -55,15 +55,19 @@ void ExpectContinuousFit(const std::vector<double>& draws, const std::function<d
 }
 
 // Pearson's chi-square against the cdf of a distribution on 0, 1, 2, ...: cells are closed from
-// 0 upwards once they expect at least 10 draws, as long as at least 10 are expected above them;
-// the last cell takes everything above. Every draw must be a non-negative integer. Then the moments.
+// below upwards once they expect at least 10 draws, as long as at least 10 are expected above them;
+// the first cell takes everything below, the last everything above. Candidate cell ends step by 1,
+// or by a tenth of a standard deviation for wide distributions, from 8 standard deviations below
+// the mean. Every draw must be a non-negative integer. Then the moments.
 void ExpectDiscreteFit(const std::vector<double>& draws, const std::function<double(double)>& cdf,
                        double mean, double variance) {
   const double n = static_cast<double>(kDraws);
+  const double sd = std::sqrt(variance);
+  const double step = std::max(1.0, std::floor(sd / 10.0));
   std::vector<double> upper;  // inclusive upper end of each cell but the last
   std::vector<double> probabilities;
   double below = 0.0;  // cdf at the upper end of the last closed cell
-  for (double k = 0.0; n * (1.0 - cdf(k)) >= 10.0; k += 1.0) {
+  for (double k = std::max(0.0, std::floor(mean - 8.0 * sd)); n * (1.0 - cdf(k)) >= 10.0; k += step) {
     const double c = cdf(k);
     if (n * (c - below) >= 10.0) {
       upper.push_back(k);
@@ -169,25 +173,28 @@ TEST(GammaAndDiscreteDraws, ExponentialWeibullAndF) {
   }
 }
 
-// Means on both sides of the switch from inversion to rejection (at 10), and a large one.
+// Means on both sides of the switch from inversion to rejection (at 10), and large ones.
 TEST(GammaAndDiscreteDraws, Poisson) {
   std::uint64_t seed = 231;
-  for (const double mean : {0.5, 8.0, 10.0, 37.5, 500.0}) {
+  for (const double mean : {0.5, 8.0, 10.0, 37.5, 500.0, 3e7, 1e9}) {
     SCOPED_TRACE(testing::Message() << "poisson(" << mean << ")");
     const auto draws = Sample(seed++, [mean](RandomEngine& rng) { return dist::PoissonDraw(rng, mean); });
     ExpectDiscreteFit(draws, [mean](double x) { return dist::PoissonCdf(x, mean); }, mean, mean);
   }
 }
 
-// Both branches of the waiting-time method (p below and at or above 1/2), where p read as 1 - p
-// moves the mean from n p to n (1 - p).
+// The waiting-time method (expected rarer count below 10) and transformed rejection (from 10 on),
+// each with p below and at or above 1/2 (where p read as 1 - p moves the mean from n p to
+// n (1 - p)), up to 10^13 trials.
 TEST(GammaAndDiscreteDraws, Binomial) {
   struct Case {
     double n;
     double p;
   };
   std::uint64_t seed = 241;
-  for (const Case c : {Case{25, 0.2}, Case{10, 0.7}, Case{40, 0.5}, Case{30, 0.95}, Case{1, 0.3}}) {
+  for (const Case c : {Case{25, 0.2}, Case{10, 0.7}, Case{40, 0.5}, Case{30, 0.95}, Case{1, 0.3},
+                       Case{20, 0.5}, Case{50, 0.2}, Case{1000, 0.03}, Case{2000, 0.9}, Case{1e13, 0.5},
+                       Case{3e9, 1e-6}, Case{4e12, 0.999}}) {
     SCOPED_TRACE(testing::Message() << "binomial(" << c.n << ", " << c.p << ")");
     const auto draws = Sample(seed++, [c](RandomEngine& rng) { return dist::BinomialDraw(rng, c.n, c.p); });
     ExpectDiscreteFit(draws, [c](double x) { return dist::BinomialCdf(x, c.n, c.p); }, c.n * c.p,
@@ -204,7 +211,7 @@ TEST(GammaAndDiscreteDraws, NegativeBinomial) {
     double p;
   };
   std::uint64_t seed = 251;
-  for (const Case c : {Case{3.0, 0.4}, Case{0.5, 0.8}, Case{20.0, 0.1}}) {
+  for (const Case c : {Case{3.0, 0.4}, Case{0.5, 0.8}, Case{20.0, 0.1}, Case{1e9, 0.3}}) {
     SCOPED_TRACE(testing::Message() << "negative binomial(" << c.r << ", " << c.p << ")");
     const auto draws =
         Sample(seed++, [c](RandomEngine& rng) { return dist::NegativeBinomialDraw(rng, c.r, c.p); });

@@ -5,7 +5,8 @@
 #include <limits>
 
 #include <boost/math/distributions/poisson.hpp>
-#include <boost/math/special_functions/gamma.hpp>
+
+#include "SaddlePoint.h"
 
 namespace dist {
 
@@ -50,10 +51,10 @@ double PoissonByInversion(RandomEngine& rng, double mean) {
 
 // Hörmann's transformed rejection with squeeze (PTRS, 1993): a hat of the form (2a / v + b) u
 // over the inverse cdf, an acceptance region without a logarithm for most pairs, and otherwise the
-// exact test against log p(k) = k log(mean) - mean - log k!.
+// exact test against log p(k) = k log(mean) - mean - log k!, taken from saddle-point terms: the
+// three large terms of that sum would cancel to nothing for means beyond about 10^12.
 double PoissonByRejection(RandomEngine& rng, double mean) {
   const double sqrtMean = std::sqrt(mean);
-  const double logMean = std::log(mean);
   const double b = 0.931 + 2.53 * sqrtMean;
   const double a = -0.059 + 0.02483 * b;
   const double invAlpha = 1.1239 + 1.1328 / (b - 3.4);
@@ -70,7 +71,7 @@ double PoissonByRejection(RandomEngine& rng, double mean) {
       continue;
     }
     const double logHat = std::log(v) + std::log(invAlpha) - std::log(a / (us * us) + b);
-    if (logHat <= -mean + k * logMean - boost::math::lgamma(k + 1.0, Policy())) {
+    if (logHat <= PoissonLogProbability(k, mean)) {
       return k;
     }
   }
