@@ -88,15 +88,16 @@ void Combine(ExecContext& context, const BinaryExpression& node, const TavixValu
   }
   const auto a = Operand(context, node, *node.left, l, Refusal(op, node.opText));
   const auto b = Operand(context, node, *node.right, r, Refusal(op, node.opText));
+  const std::atomic<bool>* interrupt = &context.session().interruptRequested;
   std::string failure;
   switch (op) {
     case BinaryOperator::Add: failure = arithmetic::AddSubtract(*a, *b, false, out); break;
     case BinaryOperator::Subtract: failure = arithmetic::AddSubtract(*a, *b, true, out); break;
-    case BinaryOperator::Multiply: failure = arithmetic::Multiply(*a, *b, out); break;
+    case BinaryOperator::Multiply: failure = arithmetic::Multiply(*a, *b, out, interrupt); break;
     case BinaryOperator::Divide: failure = arithmetic::Divide(*a, *b, out); break;
     case BinaryOperator::ElementMultiply: failure = arithmetic::ElementWise(*a, *b, false, out); break;
     case BinaryOperator::ElementDivide: failure = arithmetic::ElementWise(*a, *b, true, out); break;
-    case BinaryOperator::Power: failure = arithmetic::Power(*a, *b, out); break;
+    case BinaryOperator::Power: failure = arithmetic::Power(*a, *b, out, interrupt); break;
     case BinaryOperator::ElementPower: failure = arithmetic::ElementPower(*a, *b, out); break;
   }
   if (!failure.empty()) context.Fail(node, failure);
@@ -290,6 +291,9 @@ TavixValue IndexExpression::Evaluate(ExecContext& context) const {
       }
     }
   }
+  // Repeated indices can ask for far more than the source holds: x(ones(1e5, 1), ones(1e5, 1)).
+  const std::string refusal = arithmetic::SizeRefusal(static_cast<double>(nr), static_cast<double>(nc));
+  if (!refusal.empty()) context.Fail(*this, refusal);
   Eigen::MatrixXd out(nr, nc);
   for (Eigen::Index c = 0; c < nc; ++c) {
     const Eigen::Index sc = colList.At(c);

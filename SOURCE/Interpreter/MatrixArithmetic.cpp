@@ -1,9 +1,13 @@
 // Matrix arithmetic with the language's rules.
 #include "MatrixArithmetic.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstdio>
 
+#include "Estimator.h"
 #include "Messages.h"
+#include "TavixError.h"
 
 namespace arithmetic {
 
@@ -14,7 +18,43 @@ bool SameSize(const Eigen::MatrixXd& a, const Eigen::MatrixXd& b) {
   return a.rows() == b.rows() && a.cols() == b.cols();
 }
 
+// About this many multiply-adds go into one block of a large product (a fraction of a second),
+// so that an interrupt is seen between blocks.
+constexpr double kProductBlockWork = 2e8;
+
+// out = a b, out distinct from a and b: at once when small, otherwise in blocks of b's columns
+// with an interrupt check before each.
+void Product(const Eigen::MatrixXd& a, const Eigen::MatrixXd& b, Eigen::MatrixXd& out,
+             const std::atomic<bool>* interrupt) {
+  const double perColumn = static_cast<double>(a.rows()) * static_cast<double>(a.cols());
+  if (!interrupt || perColumn * static_cast<double>(b.cols()) <= kProductBlockWork) {
+    out.noalias() = a * b;
+    return;
+  }
+  const auto width = static_cast<Eigen::Index>(std::max(1.0, std::floor(kProductBlockWork / perColumn)));
+  out.resize(a.rows(), b.cols());
+  for (Eigen::Index j = 0; j < b.cols(); j += width) {
+    if (interrupt->load(std::memory_order_relaxed)) throw TavixInterrupted();
+    const Eigen::Index w = std::min(width, b.cols() - j);
+    out.middleCols(j, w).noalias() = a * b.middleCols(j, w);
+  }
+}
+
+// Matrices below this many bytes are made without asking the system what is available.
+constexpr double kCheckedFromBytes = 64.0 * 1024.0 * 1024.0;
+
 }  // namespace
+
+std::string SizeRefusal(double rows, double cols) {
+  const double bytes = rows * cols * static_cast<double>(sizeof(double));
+  if (bytes < kCheckedFromBytes) return {};
+  const double available = AvailableMemoryBytes();
+  // Without the system's figure only sizes no allocation could ever meet are refused.
+  if (available > 0.0 ? bytes <= available : bytes < 0x1p62) return {};
+  char text[200];
+  std::snprintf(text, sizeof text, msg::kMatrixTooLarge, rows, cols, bytes / 1e9, available / 1e9);
+  return text;
+}
 
 std::string AddSubtract(const Eigen::MatrixXd& a, const Eigen::MatrixXd& b, bool subtract,
                         Eigen::MatrixXd& out) {
@@ -35,16 +75,21 @@ std::string AddSubtract(const Eigen::MatrixXd& a, const Eigen::MatrixXd& b, bool
   return {};
 }
 
-std::string Multiply(const Eigen::MatrixXd& a, const Eigen::MatrixXd& b, Eigen::MatrixXd& out) {
+std::string Multiply(const Eigen::MatrixXd& a, const Eigen::MatrixXd& b, Eigen::MatrixXd& out,
+                     const std::atomic<bool>* interrupt) {
   if (IsScalar(a)) {
     out = a(0, 0) * b;
   } else if (IsScalar(b)) {
     out = a * b(0, 0);
   } else if (a.cols() == b.rows()) {
+    std::string refusal = SizeRefusal(static_cast<double>(a.rows()), static_cast<double>(b.cols()));
+    if (!refusal.empty()) return refusal;
     if (&out == &a || &out == &b) {
-      out = a * b;  // Eigen goes through a temporary when the result is an operand
+      Eigen::MatrixXd product;
+      Product(a, b, product, interrupt);
+      out.swap(product);
     } else {
-      out.noalias() = a * b;
+      Product(a, b, out, interrupt);
     }
   } else {
     return msg::kMatricesNotComformable;
@@ -85,7 +130,7 @@ std::string ElementWise(const Eigen::MatrixXd& a, const Eigen::MatrixXd& b, bool
 }
 
 std::string Power(const Eigen::MatrixXd& base, const Eigen::MatrixXd& exponent,
-                  Eigen::MatrixXd& out) {
+                  Eigen::MatrixXd& out, const std::atomic<bool>* interrupt) {
   if (IsScalar(base)) {
     if (!IsScalar(exponent)) return msg::kScalarExponent;
     out = Eigen::MatrixXd::Constant(1, 1, std::pow(base(0, 0), exponent(0, 0)));
@@ -96,19 +141,22 @@ std::string Power(const Eigen::MatrixXd& base, const Eigen::MatrixXd& exponent,
   if (!IsScalar(exponent) || !(p >= 1.0) || p != std::floor(p) || !std::isfinite(p)) {
     return msg::kMatrixExponent;
   }
-  // Repeated squaring: log2(p) products instead of p - 1.
-  auto n = static_cast<unsigned long long>(p);
+  // Repeated squaring: log2(p) products instead of p - 1. The exponent is halved as a double,
+  // which is exact for whole numbers of any size (1e30 included), where an integer type would
+  // overflow.
   Eigen::MatrixXd result = Eigen::MatrixXd::Identity(base.rows(), base.cols());
   Eigen::MatrixXd square = base;
   Eigen::MatrixXd scratch;
-  while (n > 0) {
-    if (n & 1ULL) {
-      scratch.noalias() = result * square;
+  double n = p;
+  while (n > 0.0) {
+    const double half = std::floor(n / 2.0);
+    if (n != 2.0 * half) {
+      Product(result, square, scratch, interrupt);
       result.swap(scratch);
     }
-    n >>= 1U;
-    if (n > 0) {
-      scratch.noalias() = square * square;
+    n = half;
+    if (n > 0.0) {
+      Product(square, square, scratch, interrupt);
       square.swap(scratch);
     }
   }

@@ -22,6 +22,9 @@ inline constexpr const char* kMatrixExponent =
 inline constexpr const char* kElementPowerNotComformable =
     "The matrices are not comformable for element-wise operations.";
 inline constexpr const char* kExponentKind = "The exponent must be a matrix or dataset.";
+// printf form: rows, columns, gigabytes needed, gigabytes available.
+inline constexpr const char* kMatrixTooLarge =
+    "A %.0f by %.0f matrix would need %.1f GB of memory, but only %.1f GB are available.";
 inline constexpr const char* kNoReturnValue =
     "The function cannot be used in an expression because it does not have a return value.";
 

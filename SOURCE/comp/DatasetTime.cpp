@@ -53,6 +53,11 @@ std::string Dataset::TimeIndices(const DatasetStructure& structure, std::vector<
         return "The values of the time variable \"" + structure.timeVariable +
                "\" must be integers for the \"index\" format.";
       }
+      // Beyond 2^53 a double no longer tells neighbouring times apart, and lags would overflow.
+      if (std::abs(code) > 9007199254740992.0) {
+        return "The values of the time variable \"" + structure.timeVariable +
+               "\" must be integers between -9007199254740992 and 9007199254740992 for the \"index\" format.";
+      }
       out[static_cast<std::size_t>(i)] = static_cast<long long>(code);
       continue;
     }

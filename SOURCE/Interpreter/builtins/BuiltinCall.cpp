@@ -7,6 +7,7 @@
 #include "AstBuiltins.h"
 #include "Dataset.h"
 #include "ExecContext.h"
+#include "MatrixArithmetic.h"
 #include "ValueKind.h"
 
 BuiltinCall::BuiltinCall(ExecContext& context, const BuiltinCallExpression& node)
@@ -67,6 +68,13 @@ std::shared_ptr<const Eigen::MatrixXd> BuiltinCall::MatrixOrNull(std::size_t i) 
   if (code != kind::MATRIX && code != kind::DATASET) return nullptr;
   return Numeric(i, "");
 }
+
+void BuiltinCall::CheckSize(double rows, double cols) const {
+  const std::string refusal = arithmetic::SizeRefusal(rows, cols);
+  if (!refusal.empty()) Fail(refusal);
+}
+
+void BuiltinCall::CheckInterrupt() const { m_context.CheckInterrupt(); }
 
 RandomEngine& BuiltinCall::Random() const { return m_context.session().random; }
 

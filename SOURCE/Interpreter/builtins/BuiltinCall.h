@@ -58,6 +58,11 @@ public:
   // refusal). A dataset with string variables fails with the usual dataset message.
   std::shared_ptr<const Eigen::MatrixXd> MatrixOrNull(std::size_t i) const;
 
+  // Stops the statement with the size refusal when a rows x cols result cannot fit in memory.
+  void CheckSize(double rows, double cols) const;
+  // Throws TavixInterrupted when the user asked to stop: called between pieces of long work.
+  void CheckInterrupt() const;
+
   RandomEngine& Random() const;
   ExecContext& Context() const { return m_context; }
 

@@ -146,6 +146,7 @@ MatrixXd Elementwise(const BuiltinCall& call, const MatrixXd& x, bool density, I
                      F f) {
   MatrixXd out(x.rows(), x.cols());
   for (Eigen::Index i = 0; i < x.size(); ++i) {
+    if (i % 256 == 0) call.CheckInterrupt();
     const double v = x(i);
     if (std::isnan(v)) {
       out(i) = v;

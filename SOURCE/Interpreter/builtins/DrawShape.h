@@ -30,11 +30,19 @@ struct DrawParameters {
 void ApplyShapeRule(const BuiltinCall& call, DrawParameters& parameters, std::size_t dimensionsAt,
                     bool plural);
 
-// Fills a rows x cols matrix column by column with draw(i) for each element i.
+// How many draws are made between two looks at the interrupt flag.
+inline constexpr Eigen::Index kDrawsPerInterruptCheck = 1 << 14;
+
+// Fills a rows x cols matrix column by column with draw(i) for each element i, after checking that
+// it fits in memory, and looking for an interrupt as it goes.
 template <typename Draw>
-Eigen::MatrixXd FillDraws(const DrawParameters& parameters, Draw draw) {
+Eigen::MatrixXd FillDraws(const BuiltinCall& call, const DrawParameters& parameters, Draw draw) {
+  call.CheckSize(static_cast<double>(parameters.rows), static_cast<double>(parameters.cols));
   Eigen::MatrixXd out(parameters.rows, parameters.cols);
   double* data = out.data();
-  for (Eigen::Index i = 0; i < out.size(); ++i) data[i] = draw(i);
+  for (Eigen::Index i = 0; i < out.size(); ++i) {
+    if (i % kDrawsPerInterruptCheck == 0) call.CheckInterrupt();
+    data[i] = draw(i);
+  }
   return out;
 }

@@ -1,12 +1,15 @@
 // Random draws from the multivariate families: multivariate normal, Wishart and inverse
 // Wishart, categorical and Dirichlet.
+#include <algorithm>
 #include <cmath>
+#include <vector>
 
 #include <Eigen/Cholesky>
 
 #include "BuiltinFamilies.h"
 #include "Categorical.h"
 #include "Dirichlet.h"
+#include "DrawShape.h"
 #include "MultivariateNormal.h"
 #include "RandomEngine.h"
 #include "Wishart.h"
@@ -56,6 +59,7 @@ TavixValue Mvnrnd(const BuiltinCall& call) {
       call.Fail("Dimension argument passed to \"mvnrnd\" must be a positive integer.");
     }
   }
+  call.CheckSize(draws, static_cast<double>(mu->size()));
   const std::string fourth = "The fourth argument passed to \"mvnrnd\" must be a matrix.";
   const MatrixXd L = CholeskyFactor(
       call, *sigma, 3, fourth, fourth,
@@ -111,7 +115,10 @@ TavixValue Catrnd(const BuiltinCall& call) {
   RandomEngine& rng = call.Random();
   if (call.Count() == 1) {
     MatrixXd out(p->rows(), 1);
-    for (Eigen::Index i = 0; i < p->rows(); ++i) out(i, 0) = dist::CategoricalDraw(rng, p->row(i));
+    for (Eigen::Index i = 0; i < p->rows(); ++i) {
+      if (i % 1024 == 0) call.CheckInterrupt();
+      out(i, 0) = dist::CategoricalDraw(rng, p->row(i));
+    }
     return TavixValue::FromMatrix(std::move(out));
   }
   if (p->rows() != 1) {
@@ -125,10 +132,14 @@ TavixValue Catrnd(const BuiltinCall& call) {
   if (!m || !n || !IntrCheck_PositiveInteger(*m, rows) || !IntrCheck_PositiveInteger(*n, cols)) {
     call.Fail("Dimension arguments passed to \"catrnd\" must be positive integers.");
   }
-  const Eigen::RowVectorXd row = p->row(0);
-  MatrixXd out(rows, cols);
-  for (double& x : out.reshaped()) x = dist::CategoricalDraw(rng, row);
-  return TavixValue::FromMatrix(std::move(out));
+  // Many draws from one row: the cumulative probabilities once, then a binary search per draw,
+  // which gives the category the scan of CategoricalDraw would give for the same uniform.
+  const std::vector<double> cumulative = dist::CumulativeProbabilities(p->row(0));
+  DrawParameters shape;
+  shape.rows = rows;
+  shape.cols = cols;
+  return TavixValue::FromMatrix(FillDraws(
+      call, shape, [&](Eigen::Index) { return dist::CategoricalDrawFromCumulative(rng, cumulative); }));
 }
 
 // drchrnd(alpha) draws once per row of alpha; drchrnd(alpha, k) k times from one row alpha.
@@ -144,6 +155,7 @@ TavixValue Drchrnd(const BuiltinCall& call) {
   if (call.Count() == 1) {
     MatrixXd out(alpha->rows(), alpha->cols());
     for (Eigen::Index i = 0; i < alpha->rows(); ++i) {
+      if (i % 1024 == 0) call.CheckInterrupt();
       out.row(i) = dist::DirichletDraws(rng, alpha->row(i), 1);
     }
     return TavixValue::FromMatrix(std::move(out));
@@ -157,7 +169,16 @@ TavixValue Drchrnd(const BuiltinCall& call) {
     call.Fail("A dimension argument may be provided to \"drchrnd\" only if the distribution's "
               "parameter is a row vector.");
   }
-  return TavixValue::FromMatrix(dist::DirichletDraws(rng, alpha->row(0), draws));
+  call.CheckSize(draws, static_cast<double>(alpha->cols()));
+  // In pieces, so that an interrupt is seen between them; the draws are those of one call.
+  MatrixXd out(draws, alpha->cols());
+  const int piece = std::max<int>(1, static_cast<int>(kDrawsPerInterruptCheck / alpha->cols()));
+  for (int first = 0; first < draws; first += piece) {
+    call.CheckInterrupt();
+    const int count = std::min(piece, draws - first);
+    out.middleRows(first, count) = dist::DirichletDraws(rng, alpha->row(0), count);
+  }
+  return TavixValue::FromMatrix(std::move(out));
 }
 
 const BuiltinRow kRows[] = {

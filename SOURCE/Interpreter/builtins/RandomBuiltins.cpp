@@ -53,10 +53,11 @@ TavixValue Unifrnd(const BuiltinCall& call) {
   if (!m || !n || !IntrCheck_PositiveInteger(*m, rows) || !IntrCheck_PositiveInteger(*n, cols)) {
     call.Fail("Dimension arguments passed to \"unifrnd\" must be positive integers.");
   }
+  DrawParameters shape;
+  shape.rows = rows;
+  shape.cols = cols;
   RandomEngine& rng = call.Random();
-  MatrixXd out(rows, cols);
-  for (double& x : out.reshaped()) x = rng.Uniform();
-  return TavixValue::FromMatrix(std::move(out));
+  return TavixValue::FromMatrix(FillDraws(call, shape, [&](Eigen::Index) { return rng.Uniform(); }));
 }
 
 // exprnd, poissonrnd, chi2rnd and trnd: one positive parameter, (p) or (p, m, n).
@@ -74,7 +75,7 @@ TavixValue OneParameterDraws(const BuiltinCall& call) {
   ApplyShapeRule(call, parameters, 1, false);
   RandomEngine& rng = call.Random();
   return TavixValue::FromMatrix(
-      FillDraws(parameters, [&](Eigen::Index i) { return draw(rng, parameters.At(0, i)); }));
+      FillDraws(call, parameters, [&](Eigen::Index i) { return draw(rng, parameters.At(0, i)); }));
 }
 
 using TwoParameterDraw = double (*)(RandomEngine&, double, double);
@@ -84,7 +85,7 @@ TavixValue TwoParameterDraws(const BuiltinCall& call, const DrawParameters& chec
   DrawParameters parameters = checked;
   ApplyShapeRule(call, parameters, 2, true);
   RandomEngine& rng = call.Random();
-  return TavixValue::FromMatrix(FillDraws(parameters, [&](Eigen::Index i) {
+  return TavixValue::FromMatrix(FillDraws(call, parameters, [&](Eigen::Index i) {
     return draw(rng, parameters.At(0, i), parameters.At(1, i));
   }));
 }
@@ -186,7 +187,7 @@ TavixValue TruncatedNormalDraws(const BuiltinCall& call) {
     }
   }
   RandomEngine& rng = call.Random();
-  return TavixValue::FromMatrix(FillDraws(parameters, [&](Eigen::Index i) {
+  return TavixValue::FromMatrix(FillDraws(call, parameters, [&](Eigen::Index i) {
     return dist::TruncatedNormalDraw(rng, parameters.At(0, i), parameters.At(1, i),
                                      parameters.At(2, i), parameters.At(3, i));
   }));

@@ -57,6 +57,7 @@ TavixValue Repmat(const BuiltinCall& call) {
     call.Fail("The second and third arguments passed to the \"repmat\" repmat must be positive "
               "integers.");
   }
+  call.CheckSize(static_cast<double>(a->rows()) * down, static_cast<double>(a->cols()) * across);
   return TavixValue::FromMatrix(MatrixXd(a->replicate(down, across)));
 }
 
@@ -73,8 +74,11 @@ std::shared_ptr<const MatrixXd> NamedOperand(const BuiltinCall& call, std::size_
 TavixValue Kron(const BuiltinCall& call) {
   const auto a = NamedOperand(call, 0);
   const auto b = NamedOperand(call, 1);
+  call.CheckSize(static_cast<double>(a->rows()) * static_cast<double>(b->rows()),
+                 static_cast<double>(a->cols()) * static_cast<double>(b->cols()));
   MatrixXd out(a->rows() * b->rows(), a->cols() * b->cols());
   for (Eigen::Index j = 0; j < a->cols(); ++j) {
+    call.CheckInterrupt();
     for (Eigen::Index i = 0; i < a->rows(); ++i) {
       out.block(i * b->rows(), j * b->cols(), b->rows(), b->cols()) = (*a)(i, j) * *b;
     }
@@ -95,6 +99,7 @@ TavixValue Mod(const BuiltinCall& call) {
 TavixValue Diag(const BuiltinCall& call) {
   const auto a = call.Numeric(0, "Function \"diag\" is not defined for ");
   if (a->rows() == 1 || a->cols() == 1) {
+    call.CheckSize(static_cast<double>(a->size()), static_cast<double>(a->size()));
     return TavixValue::FromMatrix(MatrixXd(a->reshaped().asDiagonal()));
   }
   return TavixValue::FromMatrix(MatrixXd(a->diagonal()));
@@ -111,6 +116,7 @@ TavixValue Constant(const BuiltinCall& call, Fill fill) {
     call.Fail("Dimensions passed to the \"" + call.Name() +
               "\" function must be positive integers.");
   }
+  call.CheckSize(rows, cols);
   return TavixValue::FromMatrix(fill(rows, cols));
 }
 

@@ -88,6 +88,8 @@ TavixValue Dispersion(const BuiltinCall& call) {
 TavixValue Covariance(const BuiltinCall& call) {
   const auto a = call.Numeric(0);
   const bool rows = ByRows(call);
+  const auto order = static_cast<double>(rows ? a->rows() : a->cols());
+  call.CheckSize(order, order);
   if (call.Name() == "cov") {
     return TavixValue::FromMatrix(rows ? numerics::covRowwise(a) : numerics::cov(a));
   }

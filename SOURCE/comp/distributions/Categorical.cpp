@@ -1,6 +1,7 @@
 // Categorical distribution over 1 ... K: draws by inverting the cumulative probabilities.
 #include "Categorical.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -23,6 +24,33 @@ double CategoricalDraw(RandomEngine& rng, const Eigen::Ref<const Eigen::RowVecto
     }
   }
   return static_cast<double>(categories);
+}
+
+std::vector<double> CumulativeProbabilities(const Eigen::Ref<const Eigen::RowVectorXd>& p) {
+  std::vector<double> cumulative;
+  if (p.size() == 0 || !p.allFinite() || (p.array() < 0.0).any()) {
+    return cumulative;
+  }
+  cumulative.reserve(static_cast<std::size_t>(p.size()));
+  double sum = 0.0;
+  for (Eigen::Index k = 0; k < p.size(); ++k) {
+    sum += p(k);
+    cumulative.push_back(sum);
+  }
+  return cumulative;
+}
+
+double CategoricalDrawFromCumulative(RandomEngine& rng, const std::vector<double>& cumulative) {
+  if (cumulative.empty()) {
+    return std::numeric_limits<double>::quiet_NaN();
+  }
+  const double u = rng.Uniform();
+  // The first running sum above u; the sums never decrease, so this is the scan's answer.
+  const auto above = std::upper_bound(cumulative.begin(), cumulative.end(), u);
+  if (above == cumulative.end()) {
+    return static_cast<double>(cumulative.size());
+  }
+  return static_cast<double>(above - cumulative.begin() + 1);
 }
 
 }  // namespace dist

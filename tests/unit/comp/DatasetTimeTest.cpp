@@ -70,6 +70,16 @@ TEST(DatasetTime, FormatsAreValidated) {
   Dataset bad;
   bad.AddStringVariable("day", {"2023/02/29"});
   EXPECT_NE(bad.SetTimeSeries("day", TimeFormat::Daily), "");
+  // Index times that a double no longer counts exactly are refused, also when the structure was
+  // declared before they were written.
+  Dataset huge({"t"}, Eigen::Vector2d(-1e300, 2));
+  EXPECT_EQ(huge.SetTimeSeries("t", TimeFormat::Index),
+            "The values of the time variable \"t\" must be integers between -9007199254740992 and "
+            "9007199254740992 for the \"index\" format.");
+  huge.RestoreStructure({DatasetKind::TimeSeries, "t", "", TimeFormat::Index});
+  EXPECT_NE(huge.TakeLags("t", 1, out), "");
+  Dataset edge({"t"}, Eigen::Vector2d(-9007199254740992.0, 9007199254740992.0));
+  EXPECT_EQ(edge.SetTimeSeries("t", TimeFormat::Index), "");
   Dataset repeated({"t"}, Eigen::Vector2d(1, 1));
   EXPECT_NE(repeated.SetTimeSeries("t", TimeFormat::Index), "");
   EXPECT_EQ(TimeFormatFromName("yyyymxx"), TimeFormat::Monthly);
