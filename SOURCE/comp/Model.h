@@ -78,6 +78,9 @@ public:
   // posterior mean, standard deviation, 95% credible interval and convergence figures, then the
   // log-marginal likelihoods.
   virtual void PrintResults(const EventDispatcher& out) const;
+  // Whether the description and the labels of the draws agree as this class reads them (a model
+  // read from a file is checked before use); a plain model reads nothing by position.
+  virtual bool LayoutHolds() const { return true; }
   // Whether the model offers a post-estimation action ("mfx", "predict", ...).
   virtual bool ProvidesAction(const std::string&) const { return false; }
   // Carries out an action the model provides: prints its results through `context.out` and

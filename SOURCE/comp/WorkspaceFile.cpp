@@ -1,22 +1,20 @@
+// WorkspaceFile: the workspace as text, one record per value: written by save, read and checked
+// by load.
 #include "WorkspaceFile.h"
-
 
 #include <algorithm>
 #include <charconv>
-#include <cmath>
-#include <functional>
-#include <set>
 #include <cstdio>
 #include <istream>
-#include <limits>
 #include <memory>
 #include <ostream>
-#include <sstream>
+#include <set>
+#include <string_view>
+#include <vector>
 
-#include "CheckID.h"
-#include "NumberText.h"
 #include "Dataset.h"
 #include "Model.h"
+#include "NumberText.h"
 #include "TavixStructure.h"
 #include "ValueKind.h"
 #include "Workspace.h"
@@ -140,289 +138,321 @@ void WriteValue(std::ostream& out, const std::string& name, const TavixValue& va
 // Reading: every failure throws, caught once at the top.
 struct Malformed {};
 
-std::string ReadLine(std::istream& in) {
-  std::string line;
-  if (!std::getline(in, line)) throw Malformed{};
-  return line;
-}
-
-// The bytes left in the stream: no record may claim more than that.
-std::streamoff Remaining(std::istream& in) {
-  const std::streampos here = in.tellg();
-  in.seekg(0, std::ios::end);
-  const std::streampos end = in.tellg();
-  in.seekg(here);
-  if (here < 0 || end < here) throw Malformed{};
-  return end - here;
-}
-
-std::string ReadText(std::istream& in) {
-  const std::string lengthLine = ReadLine(in);
-  long long length = 0;
-  const auto [stop, error] =
-      std::from_chars(lengthLine.data(), lengthLine.data() + lengthLine.size(), length);
-  if (error != std::errc() || stop != lengthLine.data() + lengthLine.size() || length < 0 ||
-      length > Remaining(in)) {
-    throw Malformed{};
+// The file being read, line by line, with the number of bytes left in it: no record may claim
+// more elements, texts or lines than could still follow.
+class Reader {
+public:
+  explicit Reader(std::istream& in) : m_in(in) {
+    const std::streampos here = in.tellg();
+    in.seekg(0, std::ios::end);
+    const std::streampos end = in.tellg();
+    in.seekg(here);
+    if (here < 0 || end < here) throw Malformed{};
+    m_size = end - here;
+    m_left = m_size;
   }
-  std::string text(static_cast<std::size_t>(length), '\0');
-  if (!in.read(text.data(), length)) throw Malformed{};
-  if (ReadLine(in) != "" || ReadLine(in) != kEndOfString) throw Malformed{};
-  return text;
-}
 
-long long ReadInteger(std::istream& in) {
-  long long n = 0;
-  if (!(in >> n) || n < 0) throw Malformed{};
-  return n;
-}
+  bool AtEnd() const { return m_left <= 0; }
+  std::streamoff Left() const { return m_left; }
+  std::streamoff Size() const { return m_size; }
 
-double ParseNumber(const std::string& word) {
-  double x = 0.0;
-  if (!TextToDouble(word, x)) throw Malformed{};
-  return x;
-}
+  // The next line, without its end.
+  std::string Line() {
+    std::string line;
+    if (!std::getline(m_in, line)) throw Malformed{};
+    m_left -= static_cast<std::streamoff>(line.size()) + 1;
+    return line;
+  }
 
-Eigen::MatrixXd ReadMatrix(std::istream& in) {
-  const auto rows = static_cast<Eigen::Index>(ReadInteger(in));
-  const auto cols = static_cast<Eigen::Index>(ReadInteger(in));
-  // Every element takes at least two bytes (a digit and a separator), and every row a line, so
-  // neither dimension can exceed what is left of the file, even for an empty matrix.
-  const std::streamoff left = Remaining(in);
-  if (rows > left || cols > left || (rows > 0 && cols > 0 && cols > left / 2 / rows)) throw Malformed{};
-  Eigen::MatrixXd m(rows, cols);
-  std::string word;
-  for (Eigen::Index i = 0; i < rows; ++i) {
-    for (Eigen::Index j = 0; j < cols; ++j) {
-      if (!(in >> word)) throw Malformed{};
-      m(i, j) = ParseNumber(word);
+  // The next line, which must hold exactly `count` fields separated by blanks.
+  std::vector<std::string> Fields(std::size_t count) {
+    const std::string line = Line();
+    std::vector<std::string> fields;
+    std::size_t at = 0;
+    while (fields.size() <= count) {
+      at = line.find_first_not_of(' ', at);
+      if (at == std::string::npos) break;
+      const std::size_t stop = std::min(line.find(' ', at), line.size());
+      fields.push_back(line.substr(at, stop - at));
+      at = stop;
     }
+    if (fields.size() != count) throw Malformed{};
+    return fields;
   }
-  in.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
-  return m;
-}
 
-// The words a name may not be (set for the length of one load).
-thread_local const std::function<bool(const std::string&)>* t_reserved = nullptr;
-
-// A name the workspace can hold: an identifier that is not a word of the language.
-void CheckName(const std::string& name) {
-  if (!CheckID(name) || (t_reserved && *t_reserved && (*t_reserved)(name))) throw Malformed{};
-}
-
-std::shared_ptr<Dataset> ReadDataset(std::istream& in) {
-  DatasetStructure structure;
-  const long long kindCode = ReadInteger(in);
-  const long long formatCode = ReadInteger(in);
-  if (kindCode > 2 || formatCode > 3) throw Malformed{};
-  structure.kind = static_cast<DatasetKind>(kindCode);
-  structure.format = static_cast<TimeFormat>(formatCode);
-  in.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
-  structure.timeVariable = ReadText(in);
-  structure.groupVariable = ReadText(in);
-  const auto count = static_cast<std::size_t>(ReadInteger(in));
-  if (static_cast<std::streamoff>(count) > Remaining(in)) throw Malformed{};
-  std::vector<std::string> names(count);
-  std::vector<std::vector<std::string>> labels(count);
-  for (std::size_t j = 0; j < count; ++j) {
-    if (!(in >> names[j])) throw Malformed{};
-    const auto n = static_cast<std::size_t>(ReadInteger(in));
-    if (static_cast<std::streamoff>(n) > Remaining(in)) throw Malformed{};
-    in.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
-    for (std::size_t k = 0; k < n; ++k) labels[j].push_back(ReadText(in));
+  // A whole number written by the writer: digits only, no sign.
+  static long long WholeNumber(const std::string& text) {
+    long long n = 0;
+    const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), n);
+    if (error != std::errc() || stop != text.data() + text.size() || n < 0) throw Malformed{};
+    return n;
   }
-  const Eigen::MatrixXd data = ReadMatrix(in);
-  if (data.cols() != static_cast<Eigen::Index>(count)) throw Malformed{};
-  // Names distinct identifiers; the codes of a string variable whole numbers among its labels.
-  std::set<std::string> distinct;
-  for (std::size_t j = 0; j < count; ++j) {
-    if (!CheckID(names[j])) throw Malformed{};
-    if (!distinct.insert(names[j]).second) throw Malformed{};
-    if (labels[j].empty()) continue;
-    const auto codes = data.col(static_cast<Eigen::Index>(j));
-    for (Eigen::Index i = 0; i < codes.size(); ++i) {
-      const double code = codes(i);
-      if (std::isnan(code)) continue;
-      if (!(code >= 1.0 && code <= static_cast<double>(labels[j].size())) || code != std::floor(code)) {
-        throw Malformed{};
+
+  // A line holding a count of things to follow, each taking at least one byte of the file.
+  long long Count() {
+    const long long n = WholeNumber(Fields(1)[0]);
+    if (n > m_left) throw Malformed{};
+    return n;
+  }
+
+  // A text: its length in bytes on a line, the bytes, then the end marker on its own line.
+  std::string Text() {
+    const long long length = WholeNumber(Fields(1)[0]);
+    if (length > m_left) throw Malformed{};
+    std::string text(static_cast<std::size_t>(length), '\0');
+    if (!m_in.read(text.data(), length)) throw Malformed{};
+    m_left -= length;
+    if (Line() != "" || Line() != kEndOfString) throw Malformed{};
+    return text;
+  }
+
+  std::vector<std::string> Texts() {
+    const long long count = Count();
+    std::vector<std::string> texts;
+    for (long long k = 0; k < count; ++k) texts.push_back(Text());
+    return texts;
+  }
+
+  // A matrix: "rows cols" on a line, then each row on a line of its own.
+  Eigen::MatrixXd Matrix() {
+    const std::vector<std::string> size = Fields(2);
+    const long long rows = WholeNumber(size[0]);
+    const long long cols = WholeNumber(size[1]);
+    // Each row takes a line, and each element at least a digit and a separator.
+    if (rows > m_left || (cols > 0 && rows > m_left / 2 / cols)) throw Malformed{};
+    if (rows == 0 && cols > kMaxEmptyExtent) throw Malformed{};
+    Eigen::MatrixXd m(static_cast<Eigen::Index>(rows), static_cast<Eigen::Index>(cols));
+    for (Eigen::Index i = 0; i < m.rows(); ++i) {
+      // Exactly one number per column, read in place.
+      const std::string line = Line();
+      const std::string_view text(line);
+      std::size_t at = 0;
+      for (Eigen::Index j = 0; j < m.cols(); ++j) {
+        at = text.find_first_not_of(' ', at);
+        if (at == std::string_view::npos) throw Malformed{};
+        const std::size_t stop = std::min(text.find(' ', at), text.size());
+        if (!TextToDouble(text.substr(at, stop - at), m(i, j))) throw Malformed{};
+        at = stop;
       }
+      if (text.find_first_not_of(' ', at) != std::string_view::npos) throw Malformed{};
     }
+    if (!MatrixProblem(m).empty()) throw Malformed{};
+    return m;
   }
-  // The structure's variables exist (and are not string variables).
-  auto declared = [&](const std::string& variable) {
-    const auto it = std::find(names.begin(), names.end(), variable);
-    if (it == names.end() || !labels[static_cast<std::size_t>(it - names.begin())].empty()) throw Malformed{};
-  };
-  if (structure.kind != DatasetKind::CrossSection) declared(structure.timeVariable);
-  if (structure.kind == DatasetKind::Panel) declared(structure.groupVariable);
-  auto dataset = std::make_shared<Dataset>(names, data);
-  for (std::size_t j = 0; j < count; ++j) dataset->RestoreLabels(names[j], std::move(labels[j]));
-  dataset->RestoreStructure(structure);
-  return dataset;
-}
 
-std::vector<std::string> ReadTexts(std::istream& in) {
-  const auto count = ReadInteger(in);
-  if (count > Remaining(in)) throw Malformed{};
-  in.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
-  std::vector<std::string> texts;
-  for (long long k = 0; k < count; ++k) texts.push_back(ReadText(in));
-  return texts;
-}
+private:
+  std::istream& m_in;
+  std::streamoff m_size = 0;
+  std::streamoff m_left = 0;
+};
 
-// A model as WriteModel wrote it; its dataset is linked by name once the whole file is read.
-std::shared_ptr<Model> ReadModel(std::istream& in, std::string& datasetName, bool& datasetDeleted) {
-  auto model = std::make_shared<Model>();
-  ModelDescription& d = model->Description();
-  for (std::string* text : {&d.typeName, &d.keyword, &d.title, &d.dependent, &d.estimationTime,
-                            &datasetName}) {
-    *text = ReadText(in);
-  }
-  d.regressors = ReadTexts(in);
-  d.secondList = ReadTexts(in);
-  d.constraints = ReadTexts(in);
-  // Counts no larger than a double counts exactly.
-  constexpr long long kLargestCount = 1LL << 53;
-  const long long observations = ReadInteger(in);
-  const long long dropped = ReadInteger(in);
-  if (observations > kLargestCount || dropped > kLargestCount) throw Malformed{};
-  d.observations = static_cast<long>(observations);
-  d.observationsDropped = static_cast<long>(dropped);
-  datasetDeleted = ReadInteger(in) != 0;
-  const Eigen::MatrixXd gibbs = ReadMatrix(in);
-  // Draws, burn-in, chains, thinning and seed: whole numbers, all positive but the burn-in.
-  if (gibbs.size() != 5) throw Malformed{};
-  d.gibbs = gibbs.reshaped();
-  for (Eigen::Index i = 0; i < 5; ++i) {
-    const double g = d.gibbs(i);
-    if (!(g >= (i == 1 ? 0.0 : 1.0)) || g > static_cast<double>(kLargestCount) || g != std::floor(g)) throw Malformed{};
-  }
-  std::vector<std::string> labels = ReadTexts(in);
-  // Each regressor's coefficient comes first among the labels, as dependent$regressor.
-  if (labels.empty() || labels.size() < d.regressors.size()) throw Malformed{};
-  for (std::size_t j = 0; j < d.regressors.size(); ++j) {
-    if (labels[j] != d.dependent + "$" + d.regressors[j]) throw Malformed{};
-  }
-  for (const auto* list : {&d.regressors, &d.secondList}) {
-    std::set<std::string> distinct;
-    for (const std::string& r : *list) {
-      if (!CheckID(r) || !distinct.insert(r).second) throw Malformed{};
-    }
-  }
-  if (!d.dependent.empty() && !CheckID(d.dependent)) throw Malformed{};
-  const auto chains = ReadInteger(in);
-  if (chains < 1 || chains > Remaining(in)) throw Malformed{};
-  std::vector<Eigen::MatrixXd> draws;
-  for (long long c = 0; c < chains; ++c) {
-    draws.push_back(ReadMatrix(in));
-    if (draws.back().cols() != static_cast<Eigen::Index>(labels.size()) ||
-        draws.back().rows() != draws.front().rows()) {
-      throw Malformed{};
-    }
-  }
-  if (draws.front().rows() < 1) throw Malformed{};
-  model->SetDraws(std::move(draws), std::move(labels));
-  // Results that the draws define are computed again from them, not taken from the file; the
-  // others are scalars.
-  const std::set<std::string> fromDraws = {"draws", "post_mean", "post_sd", "post_median", "lower", "upper",
-                                           "ess", "mcse", "geweke", "rhat", "nchains", "ndraws"};
-  const auto results = ReadInteger(in);
-  if (results > Remaining(in)) throw Malformed{};
-  in.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
-  for (long long k = 0; k < results; ++k) {
-    const std::string name = ReadText(in);
-    Eigen::MatrixXd value = ReadMatrix(in);
-    if (fromDraws.count(name)) continue;
-    if (!CheckID(name) || value.size() != 1) throw Malformed{};
-    model->AddResult(name, std::move(value));
-  }
-  if (model->ScalarResult("nobs") != static_cast<double>(d.observations) && !std::isnan(model->ScalarResult("nobs"))) {
-    throw Malformed{};
-  }
-  // The model of its estimator's class, so that it acts after loading as it did when saved.
-  std::shared_ptr<Model> typed = Model::Create(d.typeName);
-  typed->CopyContentsFrom(*model);
-  return typed;
-}
-
-// Models read from a file, with the names of their datasets, linked once every record is read.
+// What one load sees besides the file: the reserved words, and the models read so far, linked to
+// their datasets by name once every record is read.
 struct PendingModel {
   std::shared_ptr<Model> model;
   std::string datasetName;
   bool datasetDeleted = false;
 };
-thread_local std::vector<PendingModel>* t_pendingModels = nullptr;
+struct LoadState {
+  Reader& reader;
+  const ReservedWords& reserved;
+  std::vector<PendingModel> models;
+};
 
-// One record: its kind word and name, then the value; false for a skipped record.
-bool ReadValue(std::istream& in, std::string& name, TavixValue& value, int depth);
+void CheckName(const LoadState& state, const std::string& name) {
+  if (!NameFitsFile(name, state.reserved)) throw Malformed{};
+}
 
-std::shared_ptr<TavixStructure> ReadStructure(std::istream& in, int depth) {
-  if (depth > kMaxStructureDepth) throw Malformed{};
-  const auto count = ReadInteger(in);
-  if (count > Remaining(in)) throw Malformed{};
-  in.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
+std::shared_ptr<Dataset> ReadDataset(LoadState& state) {
+  Reader& r = state.reader;
+  const std::vector<std::string> codes = r.Fields(2);
+  const long long kindCode = Reader::WholeNumber(codes[0]);
+  const long long formatCode = Reader::WholeNumber(codes[1]);
+  if (kindCode > static_cast<int>(DatasetKind::Panel) || formatCode > static_cast<int>(TimeFormat::Daily)) {
+    throw Malformed{};
+  }
+  DatasetStructure structure;
+  structure.kind = static_cast<DatasetKind>(kindCode);
+  structure.format = static_cast<TimeFormat>(formatCode);
+  structure.timeVariable = r.Text();
+  structure.groupVariable = r.Text();
+  const long long count = r.Count();
+  std::vector<std::string> names;
+  std::vector<std::vector<std::string>> labels;
+  for (long long j = 0; j < count; ++j) {
+    const std::vector<std::string> variable = r.Fields(2);
+    CheckName(state, variable[0]);
+    names.push_back(variable[0]);
+    const long long n = Reader::WholeNumber(variable[1]);
+    if (n > r.Left()) throw Malformed{};
+    labels.emplace_back();
+    for (long long k = 0; k < n; ++k) labels.back().push_back(r.Text());
+  }
+  const Eigen::MatrixXd data = r.Matrix();
+  if (data.cols() != static_cast<Eigen::Index>(count)) throw Malformed{};
+  std::set<std::string> distinct(names.begin(), names.end());
+  if (distinct.size() != names.size()) throw Malformed{};
+  auto dataset = std::make_shared<Dataset>(names, data);
+  for (std::size_t j = 0; j < names.size(); ++j) dataset->RestoreLabels(names[j], std::move(labels[j]));
+  dataset->RestoreStructure(structure);
+  if (!DatasetProblem(*dataset, state.reserved).empty()) throw Malformed{};
+  return dataset;
+}
+
+// A model as WriteModel wrote it, checked as save checks models.
+PendingModel ReadModel(LoadState& state) {
+  Reader& r = state.reader;
+  auto model = std::make_shared<Model>();
+  ModelDescription& d = model->Description();
+  PendingModel pending;
+  for (std::string* text : {&d.typeName, &d.keyword, &d.title, &d.dependent, &d.estimationTime,
+                            &pending.datasetName}) {
+    *text = r.Text();
+  }
+  d.regressors = r.Texts();
+  d.secondList = r.Texts();
+  d.constraints = r.Texts();
+  const std::vector<std::string> counts = r.Fields(3);
+  const long long observations = Reader::WholeNumber(counts[0]);
+  const long long dropped = Reader::WholeNumber(counts[1]);
+  const long long deleted = Reader::WholeNumber(counts[2]);
+  if (observations > kMaxCount || dropped > kMaxCount || deleted > 1) throw Malformed{};
+  d.observations = static_cast<long>(observations);
+  d.observationsDropped = static_cast<long>(dropped);
+  pending.datasetDeleted = deleted == 1;
+  const Eigen::MatrixXd gibbs = r.Matrix();
+  if (gibbs.cols() != 1) throw Malformed{};
+  d.gibbs = gibbs.col(0);
+  std::vector<std::string> labels = r.Texts();
+  const long long chains = r.Count();
+  std::vector<Eigen::MatrixXd> draws;
+  for (long long c = 0; c < chains; ++c) {
+    draws.push_back(r.Matrix());
+    // Checked chain by chain, so that a damaged file claims no memory beyond its own size.
+    if (draws.back().cols() != static_cast<Eigen::Index>(labels.size()) || draws.back().rows() != draws.front().rows()) {
+      throw Malformed{};
+    }
+  }
+  if (draws.empty() || draws.front().size() == 0) throw Malformed{};
+  model->SetDraws(std::move(draws), std::move(labels));
+  // What the draws define (their summary, their pooled matrix) was computed again from them; the
+  // file's copies are read past.
+  const std::vector<std::string> computed = model->MemberNames();
+  const long long results = r.Count();
+  std::set<std::string> seen;
+  for (long long k = 0; k < results; ++k) {
+    const std::string name = r.Text();
+    Eigen::MatrixXd value = r.Matrix();
+    if (!seen.insert(name).second) throw Malformed{};
+    if (std::find(computed.begin(), computed.end(), name) != computed.end()) continue;
+    model->AddResult(name, std::move(value));
+  }
+  // The model of its estimator's class, so that it acts after loading as it did when saved.
+  pending.model = Model::Create(d.typeName);
+  pending.model->CopyContentsFrom(*model);
+  if (!ModelProblem(*pending.model).empty()) throw Malformed{};
+  return pending;
+}
+
+// One record: its kind word and name, then the value; false for a skipped record. A structure
+// read here nests `level` deep.
+bool ReadValue(LoadState& state, std::string& name, TavixValue& value, int level);
+
+std::shared_ptr<TavixStructure> ReadStructure(LoadState& state, int level) {
+  if (level > kMaxStructureDepth) throw Malformed{};
+  const long long count = state.reader.Count();
   auto structure = std::make_shared<TavixStructure>();
   std::set<std::string> members;
   for (long long k = 0; k < count; ++k) {
     std::string member;
     TavixValue value;
-    const bool read = ReadValue(in, member, value, depth + 1);
+    const bool read = ReadValue(state, member, value, level + 1);
     if (!members.insert(member).second) throw Malformed{};
     if (read) structure->SetValue(member, value);
   }
   return structure;
 }
 
-bool ReadValue(std::istream& in, std::string& name, TavixValue& value, int depth) {
-  std::istringstream record(ReadLine(in));
-  std::string word;
-  if (!(record >> word >> name)) throw Malformed{};
-  CheckName(name);
-  if (word == "matrix") value = TavixValue::FromMatrix(ReadMatrix(in));
-  else if (word == "string") value = TavixValue::FromString(ReadText(in));
-  else if (word == "dataset") value = TavixValue::FromDataset(ReadDataset(in));
-  else if (word == "structure") value = TavixValue::FromStructure(ReadStructure(in, depth));
-  else if (word == "model") {
-    PendingModel pending;
-    pending.model = ReadModel(in, pending.datasetName, pending.datasetDeleted);
+bool ReadValue(LoadState& state, std::string& name, TavixValue& value, int level) {
+  const std::vector<std::string> record = state.reader.Fields(2);
+  const std::string& word = record[0];
+  name = record[1];
+  CheckName(state, name);
+  if (word == "matrix") {
+    value = TavixValue::FromMatrix(state.reader.Matrix());
+  } else if (word == "string") {
+    value = TavixValue::FromString(state.reader.Text());
+  } else if (word == "dataset") {
+    value = TavixValue::FromDataset(ReadDataset(state));
+  } else if (word == "structure") {
+    value = TavixValue::FromStructure(ReadStructure(state, level));
+  } else if (word == "model") {
+    PendingModel pending = ReadModel(state);
     value = TavixValue::FromModel(pending.model);
-    if (t_pendingModels) t_pendingModels->push_back(std::move(pending));
+    state.models.push_back(std::move(pending));
+  } else if (word == "skipped") {
+    return false;
+  } else {
+    throw Malformed{};
   }
-  else if (word == "skipped") return false;
-  else throw Malformed{};
   return true;
 }
 
-}  // namespace
+// A value on the way through WorkspaceFitsFile: its name as a user writes it ("s.inner.m") and
+// how deep it sits.
+struct Visit {
+  std::string path;
+  TavixValue value;
+  int level;
+};
 
-namespace {
-
-// How deep a structure nests (1 for one without structures inside), counted without recursion.
-int StructureDepth(const TavixStructure& top) {
-  int deepest = 0;
-  std::vector<std::pair<const TavixStructure*, int>> pending = {{&top, 1}};
-  std::vector<std::string> names;
-  while (!pending.empty()) {
-    const auto [s, depth] = pending.back();
-    pending.pop_back();
-    deepest = std::max(deepest, depth);
-    if (deepest > kMaxStructureDepth) break;
-    s->GetStructureNames(names);
-    for (const std::string& name : names) {
-      if (const auto inner = s->GetpStructure(name)) pending.emplace_back(inner.get(), depth + 1);
-    }
+// The kind word of a value in messages.
+std::string KindName(int code) {
+  switch (code) {
+    case kind::MATRIX: return "Matrix";
+    case kind::DATASET: return "Dataset";
+    case kind::MODEL: return "Model";
+    case kind::STRUCTURE: return "Structure";
+    default: return "Value";
   }
-  return deepest;
 }
 
 }  // namespace
 
-bool WorkspaceFitsFile(const Workspace& ws, std::string& message) {
-  for (const auto& [name, s] : ws.structures) {
-    if (s && StructureDepth(*s) > kMaxStructureDepth) {
-      message = "Structure \"" + name + "\" nests more than " + std::to_string(kMaxStructureDepth) +
+bool WorkspaceFitsFile(const Workspace& ws, std::string& message, const ReservedWords& reserved) {
+  // Without recursion: a structure may nest far deeper in memory than a file holds.
+  std::vector<Visit> pending;
+  for (const std::string& name : ws.Names()) pending.push_back({name, ws.Get(name), 1});
+  std::reverse(pending.begin(), pending.end());
+  std::vector<std::string> names;
+  while (!pending.empty()) {
+    const Visit visit = std::move(pending.back());
+    pending.pop_back();
+    const std::string leaf = visit.path.substr(visit.path.rfind('.') + 1);
+    std::string problem;
+    if (!NameFitsFile(leaf, reserved)) problem = "\"" + leaf + "\" is not a valid name";
+    else if (visit.value.code == kind::MATRIX) problem = MatrixProblem(*visit.value.matrix);
+    else if (visit.value.code == kind::DATASET) problem = DatasetProblem(*visit.value.dataset, reserved);
+    else if (visit.value.code == kind::MODEL) problem = ModelProblem(*visit.value.model);
+    if (!problem.empty()) {
+      message = KindName(visit.value.code) + " \"" + visit.path + "\" cannot be saved: " + problem + ".";
+      return false;
+    }
+    if (visit.value.code != kind::STRUCTURE) continue;
+    if (visit.level > kMaxStructureDepth) {
+      const std::string top = visit.path.substr(0, visit.path.find('.'));
+      message = "Structure \"" + top + "\" nests more than " + std::to_string(kMaxStructureDepth) +
                 " levels deep, more than a workspace file holds.";
       return false;
+    }
+    const TavixStructure& s = *visit.value.structure;
+    for (auto getter : {&TavixStructure::GetStringNames, &TavixStructure::GetStructureNames,
+                        &TavixStructure::GetModelNames, &TavixStructure::GetDatasetNames,
+                        &TavixStructure::GetMatrixNames}) {
+      (s.*getter)(names);
+      for (auto it = names.rbegin(); it != names.rend(); ++it) {
+        pending.push_back({visit.path + "." + *it, s.GetValue(*it), visit.level + 1});
+      }
     }
   }
   return true;
@@ -441,30 +471,24 @@ int SaveWorkspace(const Workspace& ws, std::ostream& out) {
   return models;
 }
 
-bool LoadWorkspace(std::istream& in, Workspace& workspace, std::string& error,
-                   const std::function<bool(const std::string&)>& reserved) {
+bool LoadWorkspace(std::istream& in, Workspace& workspace, std::string& error, const ReservedWords& reserved) {
   Workspace loaded;
-  std::vector<PendingModel> pending;
-  t_pendingModels = &pending;
-  t_reserved = &reserved;
-  struct Reset {
-    ~Reset() {
-      t_pendingModels = nullptr;
-      t_reserved = nullptr;
-    }
-  } reset;
-  std::set<std::string> names;
+  std::vector<PendingModel> models;
   try {
-    const std::string header = ReadLine(in);
+    Reader reader(in);
+    LoadState state{reader, reserved, {}};
+    const std::string header = reader.Line();
     if (header != kHeader && header != kPreviousHeader) throw Malformed{};
-    while (in.peek() != std::char_traits<char>::eof()) {
+    // One value per name across the five collections.
+    std::set<std::string> names;
+    while (!reader.AtEnd()) {
       std::string name;
       TavixValue value;
-      const bool read = ReadValue(in, name, value, 0);
-      // One value per name across the five collections.
+      const bool read = ReadValue(state, name, value, 1);
       if (!names.insert(name).second) throw Malformed{};
       if (read) loaded.Store(name, value);
     }
+    models = std::move(state.models);
   } catch (const Malformed&) {
     error = "the file is not a Tavix workspace or it is damaged.";
     return false;
@@ -478,7 +502,7 @@ bool LoadWorkspace(std::istream& in, Workspace& workspace, std::string& error,
   for (const auto& [name, s] : loaded.structures) workspace.Store(name, TavixValue::FromStructure(s));
   for (const auto& [name, m] : loaded.models) workspace.Store(name, TavixValue::FromModel(m));
   // Each model finds its dataset again by name; a dataset that is gone leaves the model without data.
-  for (const PendingModel& p : pending) {
+  for (const PendingModel& p : models) {
     const auto it = workspace.datasets.find(p.datasetName);
     if (it != workspace.datasets.end() && !p.datasetDeleted) {
       p.model->SetDataset(it->second, p.datasetName);

@@ -13,6 +13,9 @@
 
 namespace {
 
+// The words of the language, which name nothing in a workspace.
+bool Reserved(const std::string& word) { return KeywordType(word) != tok::ID; }
+
 // The file argument, with backslashes turned into forward slashes.
 std::string FileArgument(const BuiltinCall& call) {
   if (call.Value(0).code != kind::STRING) {
@@ -35,8 +38,8 @@ TavixValue Save(const BuiltinCall& call) {
   if (error || (permissions & std::filesystem::perms::owner_write) == std::filesystem::perms::none) {
     call.Fail("Tavix does not have permission to write to \"" + directory.string() + "\"");
   }
-  std::string tooDeep;
-  if (!WorkspaceFitsFile(call.Context().workspace(), tooDeep)) call.Fail(tooDeep);
+  std::string unfit;
+  if (!WorkspaceFitsFile(call.Context().workspace(), unfit, Reserved)) call.Fail(unfit);
   int skipped = 0;
   const std::string problem = SafeFileWrite(file, [&](std::ostream& out) {
     skipped = SaveWorkspace(call.Context().workspace(), out);
@@ -64,8 +67,7 @@ TavixValue Load(const BuiltinCall& call) {
   std::ifstream in(file, std::ios::binary);
   if (!in) call.Fail("Cannot load workspace from \"" + file + "\". File is not readable.");
   std::string problem;
-  const auto reserved = [](const std::string& word) { return KeywordType(word) != tok::ID; };
-  if (!LoadWorkspace(in, call.Context().workspace(), problem, reserved)) {
+  if (!LoadWorkspace(in, call.Context().workspace(), problem, Reserved)) {
     call.Fail("File \"" + file + "\" cannot be opened for reading: " + problem);
   }
   return {};

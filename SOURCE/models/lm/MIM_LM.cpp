@@ -19,6 +19,44 @@ void MIM_LinearFamily::SetEstimates(const Estimator& estimator, const std::strin
   AddResult("logML_CJ", Eigen::MatrixXd::Constant(1, 1, logML_CJ));
 }
 
+namespace {
+
+// The labels start with dependent$regressor for each regressor, and the keyword is `keyword`.
+bool MainListHolds(const Model& model, const char* keyword) {
+  const ModelDescription& d = model.Description();
+  const std::vector<std::string>& labels = model.Labels();
+  if (d.keyword != keyword || labels.size() < d.regressors.size()) return false;
+  for (std::size_t j = 0; j < d.regressors.size(); ++j) {
+    if (labels[j] != d.dependent + "$" + d.regressors[j]) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool MIM_LinearFamily::LayoutHolds() const {
+  const ModelDescription& d = Description();
+  const std::vector<std::string>& labels = Labels();
+  const std::size_t k = d.regressors.size();
+  if (!MainListHolds(*this, "lm")) return false;
+  if (d.typeName != "LM_HET") return d.secondList.empty() && labels.size() == k + 1 && labels[k] == "tau";
+  if (d.secondList.empty() || labels.size() != k + d.secondList.size()) return false;
+  for (std::size_t j = 0; j < d.secondList.size(); ++j) {
+    const std::string& label = labels[k + j];
+    const std::string tail = "$" + d.secondList[j];
+    if (label.size() < tail.size() || label.compare(label.size() - tail.size(), tail.size(), tail) != 0) return false;
+  }
+  return true;
+}
+
+bool MIM_LM_RE::LayoutHolds() const {
+  const ModelDescription& d = Description();
+  const std::vector<std::string>& labels = Labels();
+  const std::size_t k = d.regressors.size();
+  return MainListHolds(*this, "lm_re") && d.secondList.empty() && labels.size() == k + 2 && labels[k] == "tau" &&
+         labels[k + 1] == "omega";
+}
+
 const IndexLink& MIM_LinearFamily::Link() const {
   static const IdentityLink link;
   return link;

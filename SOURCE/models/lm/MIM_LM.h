@@ -16,6 +16,9 @@ public:
   // Takes the draws and marginal likelihoods of a finished estimator.
   void SetEstimates(const Estimator& estimator, const std::string& typeName, const std::string& title,
                     std::vector<std::string> labels, double logML, double logML_CJ);
+  // The coefficients of the main list first, labelled dependent$regressor, then those of the second
+  // list (LM_HET) or the precision tau (LM).
+  bool LayoutHolds() const override;
 
 protected:
   const IndexLink& Link() const override;
@@ -28,6 +31,10 @@ protected:
 // draw of b, tau and omega with a draw of the observation's effect from its conditional), and the
 // effects' posterior means among the stored series.
 class MIM_LM_RE : public MIM_LinearFamily {
+public:
+  // The coefficients, then tau and omega.
+  bool LayoutHolds() const override;
+
 protected:
   int FurtherTypes() const override { return 1; }
   std::string DescribeFurther(int type) const override;
