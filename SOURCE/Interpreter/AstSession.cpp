@@ -12,6 +12,7 @@
 
 #include "ExecContext.h"
 #include "Interpreter.h"
+#include "ShellCommand.h"
 #include "ValueKind.h"
 #include "WorkspaceListing.h"
 
@@ -32,25 +33,6 @@ void RunNested(ExecContext& context, const Node& at, std::string code, const std
                long lineOffset) {
   ExecContext::NestingScope nested(context, at);
   RunProgram(context.session(), context.workspace(), std::move(code), name, lineOffset);
-}
-
-// The text in single quotes for the shell, with its own single quotes kept.
-std::string ShellQuoted(const std::string& text) {
-  std::string quoted = "'";
-  for (char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-  return quoted + "'";
-}
-
-// Runs a shell command and returns what it wrote on standard output and standard error.
-std::string ShellOutput(const std::string& command) {
-  std::string output;
-  FILE* pipe = popen(("/bin/sh -c " + ShellQuoted(command) + " 2>&1").c_str(), "r");
-  if (!pipe) return output;
-  char buffer[4096];
-  std::size_t read = 0;
-  while ((read = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) output.append(buffer, read);
-  pclose(pipe);
-  return output;
 }
 
 // Sleeps, waking often enough to notice an interrupt.
@@ -127,7 +109,10 @@ void SessionCommand::Execute(ExecContext& context) const {
         context.RequestFrontEnd(*this, {FrontEndRequest::Kind::RunExternal, *value.string, nullptr});
         return;
       }
-      context.dispatcher().Print("Output from system console:\n\n" + ShellOutput(*value.string));
+      const ShellCommandResult run = RunShellCommand(*value.string, context.session().interruptRequested);
+      // What the command wrote before a stop is shown too.
+      context.dispatcher().Print("Output from system console:\n\n" + run.output);
+      context.CheckInterrupt();
       return;
     }
     case Pause: {

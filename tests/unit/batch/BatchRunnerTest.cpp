@@ -110,3 +110,18 @@ TEST_F(BatchFixture, CtrlCStopsTheScriptWithAMessageAndKeepsItsOutput) {
   EXPECT_EQ(status, kBatchInterrupted);
   EXPECT_EQ(sink->Transcript(), "started\nOperation interrupted.\n\n\nTavix is exiting...\n");
 }
+
+TEST_F(BatchFixture, CtrlCEndsAShellCommandThatWouldRunForLong) {
+  Write(dir / "waits.tvx", "system(\"echo started; sleep 1000\");\nprint(\"not reached\");\n");
+  InstallInterruptHandler(session);
+  std::thread user([] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    std::raise(SIGINT);
+  });
+  const int status = RunBatchScript(session, (dir / "waits.tvx").string());
+  user.join();
+  std::signal(SIGINT, SIG_DFL);
+  EXPECT_EQ(status, kBatchInterrupted);
+  EXPECT_EQ(sink->Transcript(),
+            "Output from system console:\n\nstarted\nOperation interrupted.\n\n\nTavix is exiting...\n");
+}
