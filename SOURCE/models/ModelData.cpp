@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <map>
 #include <string>
 
 #include "Dataset.h"
@@ -102,4 +103,36 @@ ModelData KeepObservations(const ModelData& data, const std::vector<Eigen::Index
   for (Eigen::Index r : keep) kept.rows.push_back(data.rows[static_cast<std::size_t>(r)]);
   kept.dropped = data.dropped;
   return kept;
+}
+
+// The group of each observation used, numbered from 0 in order of first appearance. Rows whose
+// group is missing are left out of `data` and counted as dropped. Returns "OK" or the message.
+std::string ReadPanelGroups(const ModelRequest& request, ModelData& data, std::vector<int>& groups) {
+  const Dataset& dataset = *request.dataset;
+  const std::string& variable = dataset.Structure().groupVariable;
+  if (!dataset.VariableExists(variable)) {
+    return "The group variable \"" + variable + "\" of dataset \"" + request.datasetName +
+           "\" no longer exists: declare the panel structure again with set_pd.";
+  }
+  const Eigen::VectorXd codes = dataset.GetVariable(variable);
+  std::map<double, int> numbers;
+  std::vector<Eigen::Index> keep;
+  groups.clear();
+  for (std::size_t r = 0; r < data.rows.size(); ++r) {
+    const double code = codes(data.rows[r]);
+    if (std::isnan(code)) continue;
+    const auto [it, added] = numbers.try_emplace(code, static_cast<int>(numbers.size()));
+    groups.push_back(it->second);
+    keep.push_back(static_cast<Eigen::Index>(r));
+  }
+  if (keep.empty()) {
+    return "No observation of dataset \"" + request.datasetName +
+           "\" has values for every variable of the model and its group variable.";
+  }
+  if (keep.size() < data.rows.size()) {
+    ModelData kept = KeepObservations(data, keep);
+    kept.dropped = data.dropped + static_cast<long>(data.rows.size() - keep.size());
+    data = std::move(kept);
+  }
+  return "OK";
 }

@@ -28,3 +28,8 @@ std::string ExtractModelData(const ModelRequest& request, ModelData& data,
 // The observations `keep` (positions in `data`, in order) of `data`; the count of dropped rows is
 // carried over.
 ModelData KeepObservations(const ModelData& data, const std::vector<Eigen::Index>& keep);
+
+// The group of each observation of `data` in the request's panel dataset, numbered from 0 in order
+// of first appearance. Rows whose group is missing are left out of `data` and counted as dropped.
+// Returns "OK" or the message.
+std::string ReadPanelGroups(const ModelRequest& request, ModelData& data, std::vector<int>& groups);

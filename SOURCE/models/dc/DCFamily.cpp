@@ -1,6 +1,10 @@
-// The discrete-choice family's interpreter: probit (Probit) and logit (Logit).
+// The discrete-choice family's interpreter: probit (Probit), logit (Logit) and their versions with
+// individual effects, probit_re (Probit_RE) and logit_re (Logit_RE).
+#include <algorithm>
 #include <cmath>
+#include <memory>
 
+#include "BinaryRandomEffects.h"
 #include "Dataset.h"
 #include "Logit.h"
 #include "MIM_DC.h"
@@ -13,6 +17,9 @@ namespace {
 
 // Vague but proper: coefficients N(0, 1/0.001) each. On the probit scale that is already wide.
 constexpr double kDefaultPrecision = 0.001;
+// The effects' precision: Gamma(0.001, 0.001), as for the linear model's effects.
+constexpr double kDefaultShape = 0.001;
+constexpr double kDefaultRate = 0.001;
 
 // Whether the index at `b` puts every observation on the side of zero its outcome says: the
 // data are then separated, and the likelihood alone would send the coefficients to infinity.
@@ -24,13 +31,76 @@ bool Separated(const Eigen::VectorXd& y, const Eigen::MatrixXd& X, const Eigen::
   return true;
 }
 
+// What every model of the family records besides its draws.
+void Describe(Model& model, const char* typeName, const char* title, const Estimator& estimator, const ModelData& data,
+              double logML, double logML_CJ) {
+  model.Description().typeName = typeName;
+  model.Description().title = title;
+  model.Description().gibbs = estimator.Settings().ToVector();
+  model.Description().observations = static_cast<long>(data.y.size());
+  model.Description().observationsDropped = data.dropped;
+  model.AddResult("logML", Eigen::MatrixXd::Constant(1, 1, logML));
+  model.AddResult("logML_CJ", Eigen::MatrixXd::Constant(1, 1, logML_CJ));
+}
+
+// The job of probit_re or logit_re.
+std::unique_ptr<ModelJob> RandomEffectsJob(const ModelRequest& request, const Eigen::VectorXd& gibbs, const ModelData& data,
+                                           const std::vector<int>& groups, const LinearPrior& prior, double aRe, double bRe) {
+  const bool logit = request.keyword == "logit_re";
+  const auto chib = request.options.logical.find("logML_CJ");
+  const bool withChib = chib != request.options.logical.end() && chib->second;
+  std::vector<std::string> labels = request.labels;
+  labels.push_back("var_re");
+  // Each group's code in the dataset, for the member "effects".
+  const Eigen::VectorXd codes = request.dataset->GetVariable(request.dataset->Structure().groupVariable);
+  Eigen::VectorXd groupCodes(groups.empty() ? 0 : *std::max_element(groups.begin(), groups.end()) + 1);
+  for (std::size_t i = 0; i < groups.size(); ++i) groupCodes(groups[i]) = codes(data.rows[i]);
+  return std::make_unique<ModelJobFunction>([=](const ModelRunContext& context) -> std::shared_ptr<Model> {
+    std::unique_ptr<BinaryRandomEffects> sampler;
+    if (logit) {
+      sampler = std::make_unique<Logit_RE>(gibbs);
+    } else {
+      sampler = std::make_unique<Probit_RE>(gibbs);
+    }
+    BinaryRandomEffects& estimator = *sampler;
+    if (!estimator.Sample(data.y, data.X, groups, prior, aRe, bRe, withChib, context.out, context.interrupt)) {
+      return nullptr;
+    }
+    std::shared_ptr<Model> model;
+    if (logit) {
+      model = std::make_shared<MIM_Logit_RE>();
+    } else {
+      model = std::make_shared<MIM_Probit_RE>();
+    }
+    model->SetDraws(estimator.Draws(), labels);
+    Describe(*model, logit ? "Logit_RE" : "Probit_RE",
+             logit ? "Binary logit model with individual effects" : "Binary probit model with individual effects",
+             estimator, data, estimator.logML, estimator.logML_CJ);
+    Eigen::MatrixXd effects(groupCodes.size(), 2);
+    effects << groupCodes, estimator.effects;
+    model->AddResult("effects", effects);
+    return model;
+  });
+}
+
 }  // namespace
 
-// Checks a probit or logit statement: options, Gibbs settings, constraints, a binary dependent variable,
-// the prior.
+// Checks a probit, logit, probit_re or logit_re statement: options, Gibbs settings, constraints, a
+// binary dependent variable, the panel of the random-effects models, the priors.
 std::string Intrepr_DC1(const ModelRequest& request, std::unique_ptr<ModelJob>& job) {
-  std::string status = CheckOptionNames(request, {"m", "P"});
+  const bool randomEffects = request.keyword == "probit_re" || request.keyword == "logit_re";
+  if (!request.secondList.empty()) {
+    return "Model \"" + request.keyword + "\" does not take a second list of variables.";
+  }
+  std::vector<std::string> numeric = {"m", "P"};
+  if (randomEffects) numeric.insert(numeric.end(), {"a_re", "b_re"});
+  const std::vector<std::string> logical =
+      randomEffects ? std::vector<std::string>{"logML_CJ"} : std::vector<std::string>{};
+  std::string status = CheckOptionNames(request, numeric, logical);
   if (status != "OK") return status;
+  if (randomEffects && request.dataset->Structure().kind != DatasetKind::Panel) {
+    return "Model \"" + request.keyword + "\" needs a panel dataset: declare its structure with set_pd.";
+  }
   Eigen::VectorXd gibbs;
   status = ModelsInterpreter::read_Gibbs(request.options.numeric, gibbs);
   if (status != "OK") return status;
@@ -42,6 +112,11 @@ std::string Intrepr_DC1(const ModelRequest& request, std::unique_ptr<ModelJob>& 
   ModelData data;
   status = ExtractModelData(request, data);
   if (status != "OK") return status;
+  std::vector<int> groups;
+  if (randomEffects) {
+    status = ReadPanelGroups(request, data, groups);
+    if (status != "OK") return status;
+  }
   if (!ModelsInterpreter::check_Binary(data.y)) {
     return "The dependent variable \"" + request.dependent + "\" of model \"" + request.keyword +
            "\" must hold only the values 0 and 1.";
@@ -51,13 +126,19 @@ std::string Intrepr_DC1(const ModelRequest& request, std::unique_ptr<ModelJob>& 
   Eigen::MatrixXd P;
   status = ReadNormalPrior(request, "m", "P", k, kDefaultPrecision, m, P);
   if (status != "OK") return status;
-  const bool vaguePrior = !request.options.numeric.count("m") && !request.options.numeric.count("P");
   const LinearPrior prior = LinearPrior::Combine(m, P, request.constraints.R, request.constraints.r, xi);
+  if (randomEffects) {
+    double aRe = 0.0, bRe = 0.0;
+    status = ReadGammaPrior(request, "a_re", "b_re", kDefaultShape, kDefaultRate, aRe, bRe);
+    if (status != "OK") return status;
+    job = RandomEffectsJob(request, gibbs, data, groups, prior, aRe, bRe);
+    return "OK";
+  }
+  const bool vaguePrior = !request.options.numeric.count("m") && !request.options.numeric.count("P");
   const std::vector<std::string> labels = request.labels;
   const bool logit = request.keyword == "logit";
   job = std::make_unique<ModelJobFunction>([=](const ModelRunContext& context) -> std::shared_ptr<Model> {
     std::shared_ptr<Model> model;
-    double logML = 0.0, logML_CJ = 0.0;
     if (logit) {
       Logit estimator(gibbs);
       if (!estimator.Sample(data.y, data.X, prior, context.out, context.interrupt)) {
@@ -69,28 +150,16 @@ std::string Intrepr_DC1(const ModelRequest& request, std::unique_ptr<ModelJob>& 
         return nullptr;
       }
       model = std::make_shared<MIM_Logit>();
-      model->Description().typeName = "Logit";
-      model->Description().title = "Binary logit model";
-      model->Description().gibbs = estimator.Settings().ToVector();
       model->SetDraws(estimator.Draws(), labels);
       model->AddResult("acceptance", Eigen::MatrixXd::Constant(1, 1, estimator.acceptance));
-      logML = estimator.logML;
-      logML_CJ = estimator.logML_CJ;
+      Describe(*model, "Logit", "Binary logit model", estimator, data, estimator.logML, estimator.logML_CJ);
     } else {
       Probit estimator(gibbs);
       if (!estimator.Sample(data.y, data.X, prior, context.out, context.interrupt)) return nullptr;
       model = std::make_shared<MIM_Probit>();
-      model->Description().typeName = "Probit";
-      model->Description().title = "Binary probit model";
-      model->Description().gibbs = estimator.Settings().ToVector();
       model->SetDraws(estimator.Draws(), labels);
-      logML = estimator.logML;
-      logML_CJ = estimator.logML_CJ;
+      Describe(*model, "Probit", "Binary probit model", estimator, data, estimator.logML, estimator.logML_CJ);
     }
-    model->Description().observations = static_cast<long>(data.y.size());
-    model->Description().observationsDropped = data.dropped;
-    model->AddResult("logML", Eigen::MatrixXd::Constant(1, 1, logML));
-    model->AddResult("logML_CJ", Eigen::MatrixXd::Constant(1, 1, logML_CJ));
     if (vaguePrior && context.warnings && Separated(data.y, data.X, model->Summary().mean)) {
       context.warnings->push_back("The outcomes are perfectly separated by the regressors: the data do not bound the "
                                   "coefficients, which the vague default prior then decides. Give a stronger prior "
@@ -102,5 +171,5 @@ std::string Intrepr_DC1(const ModelRequest& request, std::unique_ptr<ModelJob>& 
 }
 
 namespace {
-const ModelFamilyRegistration kDiscreteChoice({"probit", "logit"}, &Intrepr_DC1);
+const ModelFamilyRegistration kDiscreteChoice({"probit", "logit", "probit_re", "logit_re"}, &Intrepr_DC1);
 }

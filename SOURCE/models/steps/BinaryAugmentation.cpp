@@ -15,17 +15,11 @@ void DrawBinaryUtilities(const Eigen::VectorXd& y, const Eigen::VectorXd& mean, 
   }
 }
 
-namespace {
-
-// log Phi(t): from erfc, accurate to far into the lower tail, and from the tail's asymptotic
-// series where erfc underflows.
 double LogNormalCdf(double t) {
   if (t > -30.0) return std::log(0.5 * std::erfc(-t / std::sqrt(2.0)));
   const double t2 = t * t;
   return -0.5 * t2 - std::log(-t) - 0.9189385332046727 + std::log1p(-1.0 / t2 + 3.0 / (t2 * t2));
 }
-
-}  // namespace
 
 double ProbitLogLikelihood(const Eigen::VectorXd& y, const Eigen::VectorXd& index) {
   double sum = 0.0;

@@ -10,6 +10,10 @@
 void DrawBinaryUtilities(const Eigen::VectorXd& y, const Eigen::VectorXd& mean, RandomEngine& rng,
                          Eigen::VectorXd& z);
 
+// log Phi(t): from erfc, accurate far into the lower tail, and from the tail's asymptotic series
+// where erfc underflows.
+double LogNormalCdf(double t);
+
 // log P(y_i | index_i) = log Phi(index_i) for y_i = 1, log Phi(-index_i) for y_i = 0, summed;
 // exact in the tails.
 double ProbitLogLikelihood(const Eigen::VectorXd& y, const Eigen::VectorXd& index);

@@ -1,0 +1,92 @@
+// PolyaGamma: PG(1, c) draws by the alternating series of J*(1, z), with w = J* / 4 and z = |c| / 2.
+#include "PolyaGamma.h"
+
+#include <cmath>
+
+namespace dist {
+
+namespace {
+
+constexpr double kPi = 3.14159265358979323846;
+// Where the two expansions of J*'s density meet; the mixture proposal switches there too.
+constexpr double kTruncation = 0.64;
+
+double Exponential(RandomEngine& rng) { return -std::log1p(-rng.Uniform()); }
+
+double LogNormalCdf(double t) { return std::log(0.5 * std::erfc(-t / std::sqrt(2.0))); }
+
+// The n-th term of J*(1)'s density series: from the left expansion below the truncation point,
+// from the right one above it.
+double SeriesTerm(int n, double x) {
+  const double k = (n + 0.5) * kPi;
+  if (x > kTruncation) return k * std::exp(-0.5 * k * k * x);
+  return std::exp(std::log(k) - 1.5 * std::log(0.5 * kPi * x) - 2.0 * (n + 0.5) * (n + 0.5) / x);
+}
+
+// The probability that the proposal comes from the exponential piece beyond the truncation point.
+double ExponentialShare(double z) {
+  const double rate = kPi * kPi / 8.0 + z * z / 2.0;
+  const double root = std::sqrt(1.0 / kTruncation);
+  const double base = std::log(rate) + rate * kTruncation;
+  const double below = base - z + LogNormalCdf(root * (kTruncation * z - 1.0));
+  const double above = base + z + LogNormalCdf(-root * (kTruncation * z + 1.0));
+  return 1.0 / (1.0 + 4.0 / kPi * (std::exp(below) + std::exp(above)));
+}
+
+// Inverse Gaussian with mean 1/z and shape 1, truncated to (0, kTruncation).
+double TruncatedInverseGaussian(RandomEngine& rng, double z) {
+  const double mu = z > 0.0 ? 1.0 / z : HUGE_VAL;
+  if (mu > kTruncation) {
+    // An inverse chi-square truncated to (0, t), tilted by exp(-z^2 x / 2) through rejection.
+    for (;;) {
+      double e1 = 0.0, e2 = 0.0;
+      do {
+        e1 = Exponential(rng);
+        e2 = Exponential(rng);
+      } while (e1 * e1 > 2.0 * e2 / kTruncation);
+      const double root = 1.0 + kTruncation * e1;
+      const double x = kTruncation / (root * root);
+      if (rng.Uniform() <= std::exp(-0.5 * z * z * x)) return x;
+    }
+  }
+  // The mean lies inside: draw the whole inverse Gaussian (Michael, Schucany and Haas) until a
+  // draw falls below the truncation point.
+  for (;;) {
+    const double n = rng.Normal();
+    const double y = n * n;
+    double x = mu + 0.5 * mu * mu * y - 0.5 * mu * std::sqrt(4.0 * mu * y + mu * mu * y * y);
+    if (rng.Uniform() > mu / (mu + x)) x = mu * mu / x;
+    if (x < kTruncation) return x;
+  }
+}
+
+}  // namespace
+
+double PolyaGammaLaplace(double t, double c) {
+  const double half = 0.5 * std::fabs(c);
+  const double root = std::sqrt(half * half + 0.5 * t);
+  // cosh(a) / cosh(b) as exp(a - b) (1 + e^-2a) / (1 + e^-2b), safe for large arguments.
+  return std::exp(half - root) * (1.0 + std::exp(-2.0 * half)) / (1.0 + std::exp(-2.0 * root));
+}
+
+double PolyaGammaDraw(RandomEngine& rng, double c) {
+  const double z = 0.5 * std::fabs(c);
+  const double rate = kPi * kPi / 8.0 + z * z / 2.0;
+  const double share = ExponentialShare(z);
+  for (;;) {
+    const double x = rng.Uniform() < share ? kTruncation + Exponential(rng) / rate : TruncatedInverseGaussian(rng, z);
+    double s = SeriesTerm(0, x);
+    const double y = rng.Uniform() * s;
+    for (int n = 1;; ++n) {
+      if (n % 2 == 1) {
+        s -= SeriesTerm(n, x);
+        if (y <= s) return 0.25 * x;
+      } else {
+        s += SeriesTerm(n, x);
+        if (y > s) break;
+      }
+    }
+  }
+}
+
+}  // namespace dist

@@ -1,0 +1,170 @@
+// BinaryRandomEffects: the chain of the random-intercept probit and logit and their marginal
+// likelihoods.
+#include "BinaryRandomEffects.h"
+
+#include <cmath>
+#include <memory>
+
+#include "BinaryAugmentation.h"
+#include "Gamma.h"
+#include "MarginalLikelihood.h"
+#include "PolyaGamma.h"
+
+namespace {
+
+// One chain over (b, a), omega and the augmented data. With omega fixed it is the reduced run of
+// Chib's method and records the log ordinate of p(b* | data, omega*) instead of the parameters.
+class RandomInterceptChain : public GibbsChain {
+public:
+  RandomInterceptChain(const BinaryRandomEffects& model, Eigen::VectorXd start, double omega, bool omegaFixed,
+                       const Eigen::VectorXd* bStar)
+      : m_model(model), m_step(model.X(), model.Groups(), model.Prior()), m_b(std::move(start)),
+        m_a(Eigen::VectorXd::Zero(model.Groups().Count())), m_omega(omega), m_omegaFixed(omegaFixed), m_bStar(bStar),
+        m_rescale(model.Link() == BinaryLink::Probit && model.Prior().precisionTimesMean.cwiseAbs().maxCoeff() == 0.0),
+        m_index(model.Y().size()), m_latent(model.Y().size()), m_kappa(model.Y().array() - 0.5),
+        m_effectSums(Eigen::VectorXd::Zero(model.Groups().Count())) {}
+
+  void Sweep(RandomEngine& rng) override {
+    const Eigen::VectorXd& y = m_model.Y();
+    const Eigen::MatrixXd& X = m_model.X();
+    m_index.noalias() = X * m_b;
+    m_model.Groups().AddEffects(m_index, m_a, m_index);
+    if (m_model.Link() == BinaryLink::Probit) {
+      DrawBinaryUtilities(y, m_index, rng, m_latent);
+      m_step.Draw(m_latent, m_omega, rng, m_b, m_a);
+      if (m_rescale) Rescale(rng);
+    } else {
+      for (Eigen::Index i = 0; i < m_index.size(); ++i) m_latent(i) = dist::PolyaGammaDraw(rng, m_index(i));
+      m_step.DrawWeighted(m_kappa, m_latent, m_omega, rng, m_b, m_a);
+    }
+    m_sumOfSquaredEffects = m_a.squaredNorm();
+    if (!m_omegaFixed) {
+      const auto [shape, rate] = m_model.OmegaConditional(m_sumOfSquaredEffects);
+      m_omega = dist::GammaDraw(rng, shape, rate);
+    }
+  }
+
+  // b, the effects' variance and the sum of squared effects (for omega's ordinate; dropped from
+  // what the model keeps); or, in the reduced run, the log ordinate of b*.
+  void Record(DrawRow row) const override {
+    if (m_omegaFixed) {
+      row(0) = m_step.LogOrdinate(*m_bStar);
+      return;
+    }
+    const Eigen::Index k = m_b.size();
+    row.head(k) = m_b.transpose();
+    row(k) = 1.0 / m_omega;
+    row(k + 1) = m_sumOfSquaredEffects;
+    m_effectSums += m_a;
+    ++m_recorded;
+  }
+
+  // The average of the effects over the recorded draws.
+  Eigen::VectorXd EffectMeans() const { return m_effectSums / static_cast<double>(std::max(1L, m_recorded)); }
+
+private:
+  // (z, b, a) -> g (z, b, a) with g^2 ~ Gamma((n + k + G)/2, (|z - Xb - a|^2 + b'Pb + omega a'a)/2): a
+  // generalised Gibbs step along the scale group, which leaves the posterior invariant when the
+  // prior of b is centred at zero and frees the scale of the utilities that the data fix weakly.
+  void Rescale(RandomEngine& rng) {
+    m_index.noalias() = m_model.X() * m_b;
+    m_model.Groups().AddEffects(m_index, m_a, m_index);
+    const double rate = 0.5 * ((m_latent - m_index).squaredNorm() + m_b.dot(m_model.Prior().precision * m_b) +
+                               m_omega * m_a.squaredNorm());
+    const double shape = 0.5 * static_cast<double>(m_latent.size() + m_b.size() + m_a.size());
+    const double g = std::sqrt(dist::GammaDraw(rng, shape, rate));
+    m_b *= g;
+    m_a *= g;
+  }
+
+  const BinaryRandomEffects& m_model;
+  RandomInterceptStep m_step;
+  Eigen::VectorXd m_b, m_a;
+  double m_omega;
+  bool m_omegaFixed;
+  const Eigen::VectorXd* m_bStar;
+  bool m_rescale;
+  Eigen::VectorXd m_index, m_latent, m_kappa;
+  double m_sumOfSquaredEffects = 0.0;
+  mutable Eigen::VectorXd m_effectSums;
+  mutable long m_recorded = 0;
+};
+
+}  // namespace
+
+double BinaryRandomEffects::LogKernel(const Eigen::VectorXd& b, double omega) const {
+  return IntegratedBinaryLogLikelihood(*m_y, *m_X * b, m_groups, omega, m_link) +
+         mlik::LogNormalDensity(b, m_prior.mean, m_prior.precision) + mlik::LogGammaDensity(omega, m_aRe, m_bRe);
+}
+
+bool BinaryRandomEffects::Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd& X, const std::vector<int>& groups,
+                                 const LinearPrior& prior, double aRe, double bRe, bool chib, const EventDispatcher& out,
+                                 const std::atomic<bool>* interrupt) {
+  m_y = &y;
+  m_X = &X;
+  m_groups = PanelGroups::FromCodes(groups);
+  m_prior = prior;
+  m_aRe = aRe;
+  m_bRe = bRe;
+  const Eigen::Index k = X.cols();
+  // Chains start at the prior mean shifted by -0.5 ... +0.5 and at effect variances between 1/4
+  // and 4, so that R-hat can reveal slow mixing.
+  const long chains = Settings().chains;
+  auto position = [chains](int c) { return chains > 1 ? 2.0 * c / static_cast<double>(chains - 1) - 1.0 : 0.0; };
+  auto make = [&](int c) -> std::unique_ptr<GibbsChain> {
+    return std::make_unique<RandomInterceptChain>(*this, Eigen::VectorXd(m_prior.mean.array() + 0.5 * position(c)),
+                                                  std::pow(4.0, position(c)), false, nullptr);
+  };
+  if (!RunChains(make, static_cast<int>(k + 2), out, interrupt)) return false;
+
+  effects = Eigen::VectorXd::Zero(m_groups.Count());
+  for (const auto& chain : Chains()) effects += static_cast<const RandomInterceptChain&>(*chain).EffectMeans();
+  effects /= static_cast<double>(Chains().size());
+
+  const long kept = Settings().KeptDraws();
+  Eigen::MatrixXd pooled(kept * chains, k + 2);
+  for (long c = 0; c < chains; ++c) {
+    pooled.middleRows(c * kept, kept) = Draws()[c];
+    Draws()[c].conservativeResize(Eigen::NoChange, k + 1);
+  }
+  // Lewis & Raftery on (b, log omega): the kernel gains the Jacobian omega.
+  Eigen::MatrixXd transformed = pooled.leftCols(k + 1);
+  transformed.col(k) = -transformed.col(k).array().log();
+  const Eigen::VectorXd centre = transformed.colwise().mean().transpose();
+  const double omegaBar = std::exp(centre(k));
+  logML = mlik::LaplaceMetropolis(LogKernel(centre.head(k), omegaBar) + std::log(omegaBar), transformed);
+  logML_CJ = std::numeric_limits<double>::quiet_NaN();
+  if (!chib) return true;
+  return Chib(pooled, out, interrupt);
+}
+
+bool BinaryRandomEffects::Chib(const Eigen::MatrixXd& pooled, const EventDispatcher& out,
+                               const std::atomic<bool>* interrupt) {
+  // p(y) = p(y | b*, omega*) p(b*) p(omega*) / (p(omega* | y) p(b* | omega*, y)).
+  const Eigen::Index k = m_X->cols();
+  const Eigen::VectorXd bStar = pooled.leftCols(k).colwise().mean().transpose();
+  const double omegaStar = pooled.col(k).array().inverse().mean();
+  // p(omega* | y): omega's Gamma conditional given the effects, averaged over the main draws.
+  Eigen::VectorXd omegaOrdinates(pooled.rows());
+  for (Eigen::Index d = 0; d < pooled.rows(); ++d) {
+    const auto [shape, rate] = OmegaConditional(pooled(d, k + 1));
+    omegaOrdinates(d) = mlik::LogGammaDensity(omegaStar, shape, rate);
+  }
+  // p(b* | omega*, y): b's Normal conditional given the augmented data, averaged over a second run
+  // with omega fixed.
+  GibbsSettings reducedSettings = Settings();
+  reducedSettings.seed = Settings().seed + 1;
+  Estimator reduced(reducedSettings.ToVector());
+  auto make = [&](int) -> std::unique_ptr<GibbsChain> {
+    return std::make_unique<RandomInterceptChain>(*this, bStar, omegaStar, true, &bStar);
+  };
+  if (!reduced.RunChains(make, 1, out, interrupt)) return false;
+  Eigen::VectorXd bOrdinates(pooled.rows());
+  Eigen::Index at = 0;
+  for (const Eigen::MatrixXd& draws : reduced.Draws()) {
+    bOrdinates.segment(at, draws.rows()) = draws.col(0);
+    at += draws.rows();
+  }
+  logML_CJ = LogKernel(bStar, omegaStar) - mlik::LogMeanExp(omegaOrdinates) - mlik::LogMeanExp(bOrdinates);
+  return true;
+}
