@@ -110,7 +110,7 @@ double RandomInterceptStep::LogOrdinate(const Eigen::VectorXd& bStar) const {
 
 namespace {
 
-constexpr int kQuadratureNodes = 24;
+constexpr int kQuadratureNodes = 48;
 
 // log F(u) and its first two derivatives.
 struct LogCdf {

@@ -55,8 +55,8 @@ private:
   std::vector<double> m_sizes;            // the distinct group sizes
   std::vector<Eigen::MatrixXd> m_sizeSS;  // per size: the sum of s_g s_g' over its groups
   // Working space.
-  Eigen::MatrixXd m_M, m_weightedX, m_weightedGroupX;
-  Eigen::VectorXd m_v, m_groupResponse, m_groupWeight, m_scale, m_z, m_root;
+  Eigen::MatrixXd m_M, m_weightedX, m_weightedGroupX, m_root;
+  Eigen::VectorXd m_v, m_groupResponse, m_groupWeight, m_scale, m_z;
   Eigen::LLT<Eigen::MatrixXd> m_factor;
 };
 
@@ -64,7 +64,9 @@ private:
 enum class BinaryLink { Probit, Logit };
 
 // log p(y | b, omega) = sum_g log of the integral over a of prod_{i in g} F(+-(index_i + a))
-// N(a; 0, 1/omega), each integral by Gauss-Hermite quadrature centred at the integrand's mode and
-// scaled by its curvature (exact for a Normal-shaped integrand, accurate however long a group is).
+// N(a; 0, 1/omega), each integral by 48-point Gauss-Hermite quadrature centred at the integrand's
+// mode and scaled by its curvature: exact for a Normal-shaped integrand, so the longer a group the
+// better; within 1e-5 per group for effect standard deviations up to 2, and about 1e-3 for a
+// single probit outcome under a standard deviation of 4.5 (the integrand is then a cut Normal).
 double IntegratedBinaryLogLikelihood(const Eigen::VectorXd& y, const Eigen::VectorXd& index, const PanelGroups& groups,
                                      double omega, BinaryLink link);
