@@ -67,9 +67,13 @@ void Model::SetDraws(std::vector<Eigen::MatrixXd> draws, std::vector<std::string
   m_labels = std::move(labels);
   m_summary = numerics::SummarizeDraws(m_draws);
   const Eigen::Index kept = m_draws.empty() ? 0 : m_draws.front().rows();
-  Eigen::MatrixXd pooled(kept * static_cast<Eigen::Index>(m_draws.size()),
+  // Chains of unequal shapes (only a damaged model has them) pool to nothing rather than overrun.
+  const bool even = std::all_of(m_draws.begin(), m_draws.end(), [&](const Eigen::MatrixXd& chain) {
+    return chain.rows() == kept && chain.cols() == static_cast<Eigen::Index>(m_labels.size());
+  });
+  Eigen::MatrixXd pooled(even ? kept * static_cast<Eigen::Index>(m_draws.size()) : 0,
                          static_cast<Eigen::Index>(m_labels.size()));
-  for (std::size_t c = 0; c < m_draws.size(); ++c) {
+  for (std::size_t c = 0; even && c < m_draws.size(); ++c) {
     pooled.middleRows(static_cast<Eigen::Index>(c) * kept, kept) = m_draws[c];
   }
   AddResult("draws", std::move(pooled));
@@ -90,10 +94,11 @@ Eigen::VectorXd Model::ParameterDraws(const std::string& label) const {
   const auto it = std::find(m_labels.begin(), m_labels.end(), label);
   if (it == m_labels.end()) return {};
   const Eigen::Index column = it - m_labels.begin();
-  const Eigen::Index kept = m_draws.empty() ? 0 : m_draws.front().rows();
-  Eigen::VectorXd values(kept * static_cast<Eigen::Index>(m_draws.size()));
-  for (std::size_t c = 0; c < m_draws.size(); ++c) {
-    values.segment(static_cast<Eigen::Index>(c) * kept, kept) = m_draws[c].col(column);
+  Eigen::VectorXd values(0);
+  for (const Eigen::MatrixXd& chain : m_draws) {
+    if (column >= chain.cols()) return {};
+    values.conservativeResize(values.size() + chain.rows());
+    values.tail(chain.rows()) = chain.col(column);
   }
   return values;
 }
