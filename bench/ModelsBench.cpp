@@ -4,13 +4,12 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "EventDispatcher.h"
 #include "LM.h"
 #include "McmcDiagnostics.h"
+#include "PeerScript.h"
 #include "RandomEngine.h"
 
 namespace {
@@ -35,33 +34,6 @@ Data Simulate(int n) {
   d.y = d.X * b;
   for (int i = 0; i < n; ++i) d.y(i) += 2.0 * rng.Normal();
   return d;
-}
-
-// MCMCpack's seconds and smallest effective sample size, or negative figures without R.
-bool RunR(const char* program, const Data& d, double& seconds, double& ess) {
-  if (std::system("Rscript -e 'library(MCMCpack)' >/dev/null 2>&1") != 0) return false;
-  const auto file = std::filesystem::temp_directory_path() / "tavix_models_bench.csv";
-  {
-    std::ofstream out(file);
-    out << "y";
-    for (int j = 0; j < kRegressors; ++j) out << ",x" << j;
-    out << "\n";
-    out.precision(17);
-    for (Eigen::Index i = 0; i < d.y.size(); ++i) {
-      out << d.y(i);
-      for (int j = 0; j < kRegressors; ++j) out << "," << d.X(i, j);
-      out << "\n";
-    }
-  }
-  std::string script = program;
-  const auto slash = script.rfind('/');
-  script = (slash == std::string::npos ? std::string(".") : script.substr(0, slash)) + "/../../bench/models.R";
-  const std::string command = "Rscript --vanilla \"" + script + "\" \"" + file.string() + "\" 2>/dev/null";
-  FILE* pipe = popen(command.c_str(), "r");
-  const bool read = pipe && std::fscanf(pipe, "%lf %lf", &seconds, &ess) == 2;
-  if (pipe) pclose(pipe);
-  std::filesystem::remove(file);
-  return read;
 }
 
 }  // namespace
@@ -89,7 +61,7 @@ int main(int argc, char** argv) {
     const double ess = numerics::EffectiveSampleSize(lm.Draws()).head(kRegressors).minCoeff();
     std::printf("| %d | %.3f | %.0f | %.0f |", n, seconds, ess, ess / seconds);
     double rSeconds = 0.0, rEss = 0.0;
-    if (RunR(argv[0], d, rSeconds, rEss)) {
+    if (RunPeerScript(argv[0], "models.R", d.y, d.X, "", rSeconds, rEss)) {
       std::printf(" %.2f | %.0f | %.0f | %.1f | %.1f |\n", rSeconds, rEss, rEss / rSeconds,
                   rSeconds / seconds, (ess / seconds) / (rEss / rSeconds));
     } else {
