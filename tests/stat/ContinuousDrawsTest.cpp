@@ -1,5 +1,6 @@
 // Goodness of fit of the univariate continuous draws: 10^5 seeded draws per case against the
 // family's distribution function, and the sample mean and variance against the exact ones.
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <functional>
@@ -157,6 +158,20 @@ TEST(ContinuousDraws, TruncatedNormalInEveryRegime) {
   for (const double upper : {kInf, 3e200}) {
     const double x = dist::TruncatedNormalDraw(rng, 0.0, 1e-100, 1e100, upper);
     EXPECT_TRUE(x >= 1e100 && x <= upper) << x;
+  }
+}
+
+// The one-sided standard tail of data augmentation, on both sides of zero and far out: mean
+// lambda = phi(a) / (1 - Phi(a)) and variance 1 + a lambda - lambda^2.
+TEST(ContinuousDraws, StandardNormalTail) {
+  std::uint64_t seed = 700;
+  for (const double a : {-3.0, -0.3, 0.0, 0.4, 2.5, 12.0}) {
+    SCOPED_TRACE(testing::Message() << "above " << a);
+    const auto draws = Sample(++seed, [a](RandomEngine& rng) { return dist::StandardNormalTailDraw(rng, a); });
+    EXPECT_GT(*std::min_element(draws.begin(), draws.end()), a);
+    const double lambda = std::exp(-0.5 * a * a) / std::sqrt(2.0 * std::numbers::pi) / (0.5 * std::erfc(a / std::sqrt(2.0)));
+    ExpectFits(draws, [a](double x) { return dist::TruncatedNormalCdf(x, 0.0, 1.0, a, kInf); }, lambda,
+               1.0 + a * lambda - lambda * lambda);
   }
 }
 

@@ -224,6 +224,21 @@ double TruncatedNormalCdf(double x, double mean, double sd, double lower, double
 // unbounded tail and the exponential proposal in a bounded one (Robert, 1995), both fast however
 // far out the bound is. NaN for invalid
 // parameters.
+double StandardNormalTailDraw(RandomEngine& rng, double a) {
+  if (a <= 0.0) {
+    for (;;) {
+      const double x = rng.Normal();
+      if (x > a) return x;
+    }
+  }
+  const double rate = 0.5 * (a + std::sqrt(a * a + 4.0));
+  for (;;) {
+    const double x = a - std::log1p(-rng.Uniform()) / rate;
+    const double d = x - rate;
+    if (rng.Uniform() < std::exp(-0.5 * d * d)) return x;
+  }
+}
+
 double TruncatedNormalDraw(RandomEngine& rng, double mean, double sd, double lower, double upper) {
   const Standardised s = Standardise(mean, sd, lower, upper);
   if (!s.valid) {

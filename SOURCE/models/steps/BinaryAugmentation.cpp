@@ -8,10 +8,10 @@
 
 void DrawBinaryUtilities(const Eigen::VectorXd& y, const Eigen::VectorXd& mean, RandomEngine& rng,
                          Eigen::VectorXd& z) {
-  constexpr double kInf = std::numeric_limits<double>::infinity();
+  // z > 0 is mean + x with x > -mean; z <= 0 is mean - x with x > mean.
   for (Eigen::Index i = 0; i < y.size(); ++i) {
-    z(i) = y(i) > 0.5 ? dist::TruncatedNormalDraw(rng, mean(i), 1.0, 0.0, kInf)
-                      : dist::TruncatedNormalDraw(rng, mean(i), 1.0, -kInf, 0.0);
+    z(i) = y(i) > 0.5 ? mean(i) + dist::StandardNormalTailDraw(rng, -mean(i))
+                      : mean(i) - dist::StandardNormalTailDraw(rng, mean(i));
   }
 }
 
