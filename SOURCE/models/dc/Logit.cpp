@@ -11,19 +11,16 @@ namespace {
 
 constexpr double kProposalDof = 10.0;
 
-// log(1 + exp(t)) without overflow.
-double Softplus(double t) { return t > 0.0 ? t + std::log1p(std::exp(-t)) : std::log1p(std::exp(t)); }
-
 class LogitChain : public GibbsChain {
 public:
   LogitChain(const Logit& model, const IndependenceProposal& proposal, Eigen::VectorXd start)
       : m_model(model), m_proposal(proposal), m_b(std::move(start)), m_trial(m_b.size()), m_z(m_b.size()) {
-    m_logWeight = m_model.LogPosteriorKernel(m_b) - m_proposal.LogDensity(m_b);
+    m_logWeight = m_model.LogPosteriorKernel(m_b, m_scratch) - m_proposal.LogDensity(m_b);
   }
 
   void Sweep(RandomEngine& rng) override {
     m_proposal.Draw(rng, m_z, m_trial);
-    const double logWeight = m_model.LogPosteriorKernel(m_trial) - m_proposal.LogDensity(m_trial);
+    const double logWeight = m_model.LogPosteriorKernel(m_trial, m_scratch) - m_proposal.LogDensity(m_trial);
     const double logAccept = std::min(0.0, logWeight - m_logWeight);
     if (std::log(rng.Uniform()) < logAccept) {
       m_b.swap(m_trial);
@@ -47,6 +44,7 @@ private:
   const Logit& m_model;
   const IndependenceProposal& m_proposal;
   Eigen::VectorXd m_b, m_trial, m_z;
+  Logit::KernelScratch m_scratch;
   double m_logWeight = 0.0;
   long m_accepted = 0, m_sweeps = 0;
 };
@@ -54,9 +52,18 @@ private:
 }  // namespace
 
 double Logit::LogPosteriorKernel(const Eigen::VectorXd& b) const {
-  const Eigen::VectorXd index = *m_X * b;
-  double logLikelihood = 0.0;
-  for (Eigen::Index i = 0; i < index.size(); ++i) logLikelihood += (*m_y)(i) * index(i) - Softplus(index(i));
+  KernelScratch scratch;
+  return LogPosteriorKernel(b, scratch);
+}
+
+double Logit::LogPosteriorKernel(const Eigen::VectorXd& b, KernelScratch& scratch) const {
+  // sum of y t - log(1 + e^t), with log(1 + e^t) = max(t, 0) + log1p(e^-|t|): finite for any t. In
+  // whole-array passes, which Eigen evaluates with vectorised exp and log1p.
+  scratch.index.resize(m_X->rows());
+  scratch.index.matrix().noalias() = *m_X * b;
+  scratch.work = (-scratch.index.abs()).exp();
+  const double logLikelihood =
+      (m_y->array() * scratch.index).sum() - (scratch.index.max(0.0) + scratch.work.log1p()).sum();
   return logLikelihood + mlik::LogNormalDensity(b, m_prior.mean, m_prior.precision);
 }
 

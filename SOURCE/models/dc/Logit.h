@@ -29,6 +29,11 @@ public:
 
   // log p(y | b) + log p(b).
   double LogPosteriorKernel(const Eigen::VectorXd& b) const;
+  // The same with working space kept by the caller (a chain evaluates it every sweep).
+  struct KernelScratch {
+    Eigen::ArrayXd index, work;
+  };
+  double LogPosteriorKernel(const Eigen::VectorXd& b, KernelScratch& scratch) const;
 
   double logML = std::numeric_limits<double>::quiet_NaN();
   double logML_CJ = std::numeric_limits<double>::quiet_NaN();
