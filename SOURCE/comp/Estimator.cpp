@@ -143,3 +143,16 @@ bool Estimator::RunChains(const std::function<std::unique_ptr<GibbsChain>(int)>&
   out.HideProgressBar();
   return !m_stop;
 }
+
+Eigen::MatrixXd Estimator::PoolDraws(Eigen::Index shown) {
+  Eigen::Index rows = 0;
+  for (const Eigen::MatrixXd& chain : m_draws) rows += chain.rows();
+  Eigen::MatrixXd pooled(rows, m_draws.empty() ? 0 : m_draws.front().cols());
+  Eigen::Index at = 0;
+  for (Eigen::MatrixXd& chain : m_draws) {
+    pooled.middleRows(at, chain.rows()) = chain;
+    at += chain.rows();
+    chain.conservativeResize(Eigen::NoChange, shown);
+  }
+  return pooled;
+}

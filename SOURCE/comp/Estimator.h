@@ -82,6 +82,11 @@ public:
   const std::vector<Eigen::MatrixXd>& Draws() const { return m_draws; }
   std::vector<std::unique_ptr<GibbsChain>>& Chains() { return m_chains; }
 
+  // Every chain's draws, all their columns, one chain after the other; afterwards each chain keeps
+  // only its first `shown` columns (samplers record working columns, such as conditional means
+  // for Chib's method, that the model does not show).
+  Eigen::MatrixXd PoolDraws(Eigen::Index shown);
+
   // The engine seed of chain c.
   static std::uint64_t ChainSeed(std::uint64_t seed, int chain);
 

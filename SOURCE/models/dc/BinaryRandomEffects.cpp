@@ -121,12 +121,8 @@ bool BinaryRandomEffects::Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd
   for (const auto& chain : Chains()) effects += static_cast<const RandomInterceptChain&>(*chain).EffectMeans();
   effects /= static_cast<double>(Chains().size());
 
-  const long kept = Settings().KeptDraws();
-  Eigen::MatrixXd pooled(kept * chains, k + 2);
-  for (long c = 0; c < chains; ++c) {
-    pooled.middleRows(c * kept, kept) = Draws()[c];
-    Draws()[c].conservativeResize(Eigen::NoChange, k + 1);
-  }
+  // The sums of squared effects are kept for Chib's method only.
+  const Eigen::MatrixXd pooled = PoolDraws(k + 1);
   // Lewis & Raftery on (b, log omega): the kernel gains the Jacobian omega.
   Eigen::MatrixXd transformed = pooled.leftCols(k + 1);
   transformed.col(k) = -transformed.col(k).array().log();

@@ -106,12 +106,7 @@ bool Logit::Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd& X, const Lin
   for (const auto& chain : Chains()) accepted += static_cast<const LogitChain&>(*chain).Acceptance();
   acceptance = accepted / static_cast<double>(chains);
 
-  const long kept = Settings().KeptDraws();
-  Eigen::MatrixXd pooled(kept * chains, k + 1);
-  for (long c = 0; c < chains; ++c) {
-    pooled.middleRows(c * kept, kept) = Draws()[c];
-    Draws()[c].conservativeResize(Eigen::NoChange, k);
-  }
+  const Eigen::MatrixXd pooled = PoolDraws(k);
   const Eigen::MatrixXd draws = pooled.leftCols(k);
   const Eigen::VectorXd bStar = draws.colwise().mean().transpose();
   const double kernelAtStar = LogPosteriorKernel(bStar);

@@ -64,12 +64,7 @@ bool Probit::Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd& X, const Li
   };
   if (!RunChains(make, static_cast<int>(2 * k), out, interrupt)) return false;
 
-  const long kept = Settings().KeptDraws();
-  Eigen::MatrixXd pooled(kept * chains, 2 * k);
-  for (long c = 0; c < chains; ++c) {
-    pooled.middleRows(c * kept, kept) = Draws()[c];
-    Draws()[c].conservativeResize(Eigen::NoChange, k);
-  }
+  const Eigen::MatrixXd pooled = PoolDraws(k);
   const Eigen::MatrixXd draws = pooled.leftCols(k);
   const Eigen::VectorXd bStar = draws.colwise().mean().transpose();
   const double logLikelihood = ProbitLogLikelihood(y, X * bStar);

@@ -214,12 +214,7 @@ bool LM_HET::Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd& X, const Ei
   m_scale = std::exp(logScales / static_cast<double>(chains));
 
   // Pool the draws, then drop the log-kernel column from what the model keeps.
-  const long kept = Settings().KeptDraws();
-  Eigen::MatrixXd pooled(kept * chains, k + p + 1);
-  for (long c = 0; c < chains; ++c) {
-    pooled.middleRows(c * kept, kept) = Draws()[c];
-    Draws()[c].conservativeResize(Eigen::NoChange, k + p);
-  }
+  const Eigen::MatrixXd pooled = PoolDraws(k + p);
   return MarginalLikelihoods(pooled.leftCols(k + p), pooled.col(k + p), out, interrupt);
 }
 

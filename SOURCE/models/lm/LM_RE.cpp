@@ -187,12 +187,7 @@ bool LM_RE::Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd& X,
   if (!RunChains(make, static_cast<int>(k + 3), out, interrupt)) return false;
 
   // Pool the draws, then drop the column of squared effects from what the model keeps.
-  const long kept = Settings().KeptDraws();
-  Eigen::MatrixXd pooled(kept * chains, k + 3);
-  for (long c = 0; c < chains; ++c) {
-    pooled.middleRows(c * kept, kept) = Draws()[c];
-    Draws()[c].conservativeResize(Eigen::NoChange, k + 2);
-  }
+  const Eigen::MatrixXd pooled = PoolDraws(k + 2);
 
   // Lewis & Raftery on (b, log tau, log omega): the kernel gains the Jacobian tau omega.
   Eigen::MatrixXd transformed = pooled.leftCols(k + 2);
