@@ -17,8 +17,8 @@ namespace {
 class RandomInterceptChain : public GibbsChain {
 public:
   RandomInterceptChain(const BinaryRandomEffects& model, Eigen::VectorXd start, double omega, bool omegaFixed,
-                       const Eigen::VectorXd* bStar)
-      : m_model(model), m_step(model.X(), model.Groups(), model.Prior()), m_b(std::move(start)),
+                       const Eigen::VectorXd* bStar, int threads)
+      : m_model(model), m_threads(threads), m_step(model.X(), model.Groups(), model.Prior()), m_b(std::move(start)),
         m_a(Eigen::VectorXd::Zero(model.Groups().Count())), m_omega(omega), m_omegaFixed(omegaFixed), m_bStar(bStar),
         m_rescale(model.Link() == BinaryLink::Probit && model.Prior().precisionTimesMean.cwiseAbs().maxCoeff() == 0.0),
         m_index(model.Y().size()), m_latent(model.Y().size()), m_kappa(model.Y().array() - 0.5),
@@ -27,14 +27,18 @@ public:
   void Sweep(RandomEngine& rng) override {
     const Eigen::VectorXd& y = m_model.Y();
     const Eigen::MatrixXd& X = m_model.X();
+    // The blocks' engines are seeded from the chain's own at its first sweep.
+    if (!m_blocks) m_blocks = std::make_unique<ObservationBlocks>(y.size(), rng, m_threads);
     m_index.noalias() = X * m_b;
     m_model.Groups().AddEffects(m_index, m_a, m_index);
     if (m_model.Link() == BinaryLink::Probit) {
-      DrawBinaryUtilities(y, m_index, rng, m_latent);
+      DrawBinaryUtilities(y, m_index, *m_blocks, m_latent);
       m_step.Draw(m_latent, m_omega, rng, m_b, m_a);
       if (m_rescale) Rescale(rng);
     } else {
-      for (Eigen::Index i = 0; i < m_index.size(); ++i) m_latent(i) = dist::PolyaGammaDraw(rng, m_index(i));
+      m_blocks->Run([this](Eigen::Index first, Eigen::Index end, RandomEngine& blockRng) {
+        for (Eigen::Index i = first; i < end; ++i) m_latent(i) = dist::PolyaGammaDraw(blockRng, m_index(i));
+      });
       m_step.DrawWeighted(m_kappa, m_latent, m_omega, rng, m_b, m_a);
     }
     m_sumOfSquaredEffects = m_a.squaredNorm();
@@ -78,6 +82,8 @@ private:
   }
 
   const BinaryRandomEffects& m_model;
+  int m_threads;
+  std::unique_ptr<ObservationBlocks> m_blocks;
   RandomInterceptStep m_step;
   Eigen::VectorXd m_b, m_a;
   double m_omega;
@@ -113,7 +119,8 @@ bool BinaryRandomEffects::Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd
   auto position = [chains](int c) { return chains > 1 ? 2.0 * c / static_cast<double>(chains - 1) - 1.0 : 0.0; };
   auto make = [&](int c) -> std::unique_ptr<GibbsChain> {
     return std::make_unique<RandomInterceptChain>(*this, Eigen::VectorXd(m_prior.mean.array() + 0.5 * position(c)),
-                                                  std::pow(4.0, position(c)), false, nullptr);
+                                                  std::pow(4.0, position(c)), false, nullptr,
+                                                  ObservationBlocks::ThreadsPerChain(chains));
   };
   if (!RunChains(make, static_cast<int>(k + 2), out, interrupt)) return false;
 
@@ -152,7 +159,8 @@ bool BinaryRandomEffects::Chib(const Eigen::MatrixXd& pooled, const EventDispatc
   reducedSettings.seed = Settings().seed + 1;
   Estimator reduced(reducedSettings.ToVector());
   auto make = [&](int) -> std::unique_ptr<GibbsChain> {
-    return std::make_unique<RandomInterceptChain>(*this, bStar, omegaStar, true, &bStar);
+    return std::make_unique<RandomInterceptChain>(*this, bStar, omegaStar, true, &bStar,
+                                                  ObservationBlocks::ThreadsPerChain(Settings().chains));
   };
   if (!reduced.RunChains(make, 1, out, interrupt)) return false;
   Eigen::VectorXd bOrdinates(pooled.rows());

@@ -14,13 +14,15 @@ namespace {
 class ProbitChain : public GibbsChain {
 public:
   ProbitChain(const Eigen::VectorXd& y, const Eigen::MatrixXd& X, const LinearPrior& prior, bool rescale,
-              Eigen::VectorXd start)
-      : m_y(y), m_X(X), m_prior(prior), m_step(X, prior), m_rescale(rescale), m_b(std::move(start)),
-        m_mean(m_b.size()), m_index(y.size()), m_z(y.size()), m_residual(y.size()) {}
+              Eigen::VectorXd start, int threads)
+      : m_y(y), m_X(X), m_prior(prior), m_step(X, prior), m_rescale(rescale), m_threads(threads),
+        m_b(std::move(start)), m_mean(m_b.size()), m_index(y.size()), m_z(y.size()), m_residual(y.size()) {}
 
   void Sweep(RandomEngine& rng) override {
+    // The blocks' engines are seeded from the chain's own at its first sweep.
+    if (!m_blocks) m_blocks = std::make_unique<ObservationBlocks>(m_y.size(), rng, m_threads);
     m_index.noalias() = m_X * m_b;
-    DrawBinaryUtilities(m_y, m_index, rng, m_z);
+    DrawBinaryUtilities(m_y, m_index, *m_blocks, m_z);
     m_step.Mean(m_z, m_mean);
     m_step.Draw(m_mean, rng, m_b);
     if (m_rescale) {
@@ -45,6 +47,8 @@ private:
   const LinearPrior& m_prior;
   NormalLinearStep m_step;
   bool m_rescale;
+  int m_threads;
+  std::unique_ptr<ObservationBlocks> m_blocks;
   Eigen::VectorXd m_b, m_mean, m_index, m_z, m_residual;
 };
 
@@ -59,8 +63,8 @@ bool Probit::Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd& X, const Li
   const long chains = Settings().chains;
   auto make = [&](int c) -> std::unique_ptr<GibbsChain> {
     const double offset = chains > 1 ? (2.0 * c / static_cast<double>(chains - 1) - 1.0) * 0.5 : 0.0;
-    return std::make_unique<ProbitChain>(y, X, prior, rescale,
-                                         Eigen::VectorXd(prior.mean.array() + offset));
+    return std::make_unique<ProbitChain>(y, X, prior, rescale, Eigen::VectorXd(prior.mean.array() + offset),
+                                         ObservationBlocks::ThreadsPerChain(chains));
   };
   if (!RunChains(make, static_cast<int>(2 * k), out, interrupt)) return false;
 

@@ -6,13 +6,15 @@
 
 #include "TruncatedNormal.h"
 
-void DrawBinaryUtilities(const Eigen::VectorXd& y, const Eigen::VectorXd& mean, RandomEngine& rng,
+void DrawBinaryUtilities(const Eigen::VectorXd& y, const Eigen::VectorXd& mean, ObservationBlocks& blocks,
                          Eigen::VectorXd& z) {
   // z > 0 is mean + x with x > -mean; z <= 0 is mean - x with x > mean.
-  for (Eigen::Index i = 0; i < y.size(); ++i) {
-    z(i) = y(i) > 0.5 ? mean(i) + dist::StandardNormalTailDraw(rng, -mean(i))
-                      : mean(i) - dist::StandardNormalTailDraw(rng, mean(i));
-  }
+  blocks.Run([&](Eigen::Index first, Eigen::Index end, RandomEngine& rng) {
+    for (Eigen::Index i = first; i < end; ++i) {
+      z(i) = y(i) > 0.5 ? mean(i) + dist::StandardNormalTailDraw(rng, -mean(i))
+                        : mean(i) - dist::StandardNormalTailDraw(rng, mean(i));
+    }
+  });
 }
 
 double LogNormalCdf(double t) {

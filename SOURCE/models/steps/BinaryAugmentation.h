@@ -4,10 +4,11 @@
 
 #include <Eigen/Dense>
 
-#include "RandomEngine.h"
+#include "ObservationBlocks.h"
 
-// z_i ~ N(mean_i, 1) truncated to (0, inf) where y_i = 1 and to (-inf, 0] where y_i = 0.
-void DrawBinaryUtilities(const Eigen::VectorXd& y, const Eigen::VectorXd& mean, RandomEngine& rng,
+// z_i ~ N(mean_i, 1) truncated to (0, inf) where y_i = 1 and to (-inf, 0] where y_i = 0, block by
+// block with the blocks' engines.
+void DrawBinaryUtilities(const Eigen::VectorXd& y, const Eigen::VectorXd& mean, ObservationBlocks& blocks,
                          Eigen::VectorXd& z);
 
 // log Phi(t): from erfc, accurate far into the lower tail, and from the tail's asymptotic series

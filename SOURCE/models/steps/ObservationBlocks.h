@@ -1,0 +1,47 @@
+// ObservationBlocks: the per-observation draws of a sweep (augmented data, Polya-Gamma weights)
+// split into fixed blocks, each with an engine of its own, and spread over the idle cores.
+#pragma once
+
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include <Eigen/Dense>
+
+#include "RandomEngine.h"
+
+// The blocks and their engines depend only on the number of observations and on the engine that
+// seeds them, never on the threads, so a seed gives the same draws on any machine. The calling
+// thread works on blocks too; helper threads, when there are any, wait between sweeps.
+class ObservationBlocks {
+public:
+  // `seeds` gives each block's engine its seed; `threads` (at least 1) is how many threads may
+  // work at once.
+  ObservationBlocks(Eigen::Index observations, RandomEngine& seeds, int threads);
+  ~ObservationBlocks();
+  ObservationBlocks(const ObservationBlocks&) = delete;
+  ObservationBlocks& operator=(const ObservationBlocks&) = delete;
+
+  // work(first, end, rng) for every block [first, end), returning once all are done.
+  void Run(const std::function<void(Eigen::Index, Eigen::Index, RandomEngine&)>& work);
+
+  // The threads a chain's blocks may use when `chains` chains run at once on this machine.
+  static int ThreadsPerChain(long chains);
+
+private:
+  void Help(int helper);
+  void RunShare(int share);
+
+  std::vector<Eigen::Index> m_start;  // block b is [m_start[b], m_start[b + 1])
+  std::vector<RandomEngine> m_engines;
+  int m_shares = 1;  // the calling thread and the helpers
+  std::vector<std::thread> m_helpers;
+  std::mutex m_mutex;
+  std::condition_variable m_wake, m_done;
+  const std::function<void(Eigen::Index, Eigen::Index, RandomEngine&)>* m_work = nullptr;
+  long m_generation = 0;
+  int m_pending = 0;
+  bool m_stop = false;
+};
