@@ -52,7 +52,8 @@ Sample Simulate(int n, const Eigen::VectorXd& b, std::uint64_t seed) {
 TEST(Probit, RecoversSimulatedCoefficients) {
   Eigen::VectorXd truth(3);
   truth << -0.5, 1.0, -0.7;
-  const Sample s = Simulate(1000, truth, 17);
+  // 2,500 observations: two blocks of the augmentation, so their partial sums are exercised.
+  const Sample s = Simulate(2500, truth, 17);
   // Centred prior (the rescaling step is used) and a prior centred elsewhere (it is not).
   for (double centre : {0.0, 0.3}) {
     Probit model(Gibbs(1000, 200, 2));

@@ -36,7 +36,7 @@ public:
       m_step.Draw(m_latent, m_omega, rng, m_b, m_a);
       if (m_rescale) Rescale(rng);
     } else {
-      m_blocks->Run([this](Eigen::Index first, Eigen::Index end, RandomEngine& blockRng) {
+      m_blocks->Run([this](Eigen::Index, Eigen::Index first, Eigen::Index end, RandomEngine& blockRng) {
         for (Eigen::Index i = first; i < end; ++i) m_latent(i) = dist::PolyaGammaDraw(blockRng, m_index(i));
       });
       m_step.DrawWeighted(m_kappa, m_latent, m_omega, rng, m_b, m_a);

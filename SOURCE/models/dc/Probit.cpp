@@ -16,20 +16,42 @@ public:
   ProbitChain(const Eigen::VectorXd& y, const Eigen::MatrixXd& X, const LinearPrior& prior, bool rescale,
               Eigen::VectorXd start, int threads)
       : m_y(y), m_X(X), m_prior(prior), m_step(X, prior), m_rescale(rescale), m_threads(threads),
-        m_b(std::move(start)), m_mean(m_b.size()), m_index(y.size()), m_z(y.size()), m_residual(y.size()) {}
+        m_b(std::move(start)), m_mean(m_b.size()), m_index(y.size()), m_z(y.size()) {}
 
   void Sweep(RandomEngine& rng) override {
     // The blocks' engines are seeded from the chain's own at its first sweep.
-    if (!m_blocks) m_blocks = std::make_unique<ObservationBlocks>(m_y.size(), rng, m_threads);
-    m_index.noalias() = m_X * m_b;
-    DrawBinaryUtilities(m_y, m_index, *m_blocks, m_z);
-    m_step.Mean(m_z, m_mean);
+    if (!m_blocks) {
+      m_blocks = std::make_unique<ObservationBlocks>(m_y.size(), rng, m_threads);
+      m_partialXtz.resize(m_b.size(), m_blocks->Count());
+      m_partialSquares.resize(m_blocks->Count());
+    }
+    // Block by block: the index x'b (after a rescaling, the last fit times its factor), the
+    // utilities given it, and the block's share of X'z.
+    m_blocks->Run([this](Eigen::Index block, Eigen::Index first, Eigen::Index end, RandomEngine& blockRng) {
+      const Eigen::Index n = end - first;
+      auto index = m_index.segment(first, n);
+      if (m_fitScale > 0.0) {
+        index *= m_fitScale;
+      } else {
+        index.noalias() = m_X.middleRows(first, n) * m_b;
+      }
+      DrawBinaryUtilities(m_y, m_index, first, end, blockRng, m_z);
+      m_partialXtz.col(block).noalias() = m_X.middleRows(first, n).transpose() * m_z.segment(first, n);
+    });
+    m_step.MeanFromCrossProduct(m_partialXtz.rowwise().sum(), m_mean);
     m_step.Draw(m_mean, rng, m_b);
+    m_fitScale = 0.0;
     if (m_rescale) {
-      m_residual.noalias() = m_z - m_X * m_b;
-      const double rate = 0.5 * (m_residual.squaredNorm() + m_b.dot(m_prior.precision * m_b));
+      // The fit X b of the new draw, kept for the next sweep, and the sum of squared residuals.
+      m_blocks->Run([this](Eigen::Index block, Eigen::Index first, Eigen::Index end, RandomEngine&) {
+        const Eigen::Index n = end - first;
+        m_index.segment(first, n).noalias() = m_X.middleRows(first, n) * m_b;
+        m_partialSquares(block) = (m_z.segment(first, n) - m_index.segment(first, n)).squaredNorm();
+      });
+      const double rate = 0.5 * (m_partialSquares.sum() + m_b.dot(m_prior.precision * m_b));
       const double shape = 0.5 * static_cast<double>(m_y.size() + m_b.size());
-      m_b *= std::sqrt(dist::GammaDraw(rng, shape, rate));
+      m_fitScale = std::sqrt(dist::GammaDraw(rng, shape, rate));
+      m_b *= m_fitScale;
     }
   }
 
@@ -49,7 +71,11 @@ private:
   bool m_rescale;
   int m_threads;
   std::unique_ptr<ObservationBlocks> m_blocks;
-  Eigen::VectorXd m_b, m_mean, m_index, m_z, m_residual;
+  Eigen::VectorXd m_b, m_mean, m_index, m_z;
+  Eigen::MatrixXd m_partialXtz;     // k x blocks
+  Eigen::VectorXd m_partialSquares;  // per block
+  double m_fitScale = 0.0;           // > 0: m_index holds the last fit, to be scaled by it
+
 };
 
 }  // namespace

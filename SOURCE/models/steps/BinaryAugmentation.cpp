@@ -6,14 +6,19 @@
 
 #include "TruncatedNormal.h"
 
+void DrawBinaryUtilities(const Eigen::VectorXd& y, const Eigen::VectorXd& mean, Eigen::Index first, Eigen::Index end,
+                         RandomEngine& rng, Eigen::VectorXd& z) {
+  // z > 0 is mean + x with x > -mean; z <= 0 is mean - x with x > mean.
+  for (Eigen::Index i = first; i < end; ++i) {
+    z(i) = y(i) > 0.5 ? mean(i) + dist::StandardNormalTailDraw(rng, -mean(i))
+                      : mean(i) - dist::StandardNormalTailDraw(rng, mean(i));
+  }
+}
+
 void DrawBinaryUtilities(const Eigen::VectorXd& y, const Eigen::VectorXd& mean, ObservationBlocks& blocks,
                          Eigen::VectorXd& z) {
-  // z > 0 is mean + x with x > -mean; z <= 0 is mean - x with x > mean.
-  blocks.Run([&](Eigen::Index first, Eigen::Index end, RandomEngine& rng) {
-    for (Eigen::Index i = first; i < end; ++i) {
-      z(i) = y(i) > 0.5 ? mean(i) + dist::StandardNormalTailDraw(rng, -mean(i))
-                        : mean(i) - dist::StandardNormalTailDraw(rng, mean(i));
-    }
+  blocks.Run([&](Eigen::Index, Eigen::Index first, Eigen::Index end, RandomEngine& rng) {
+    DrawBinaryUtilities(y, mean, first, end, rng, z);
   });
 }
 

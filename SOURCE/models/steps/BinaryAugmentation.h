@@ -6,8 +6,11 @@
 
 #include "ObservationBlocks.h"
 
-// z_i ~ N(mean_i, 1) truncated to (0, inf) where y_i = 1 and to (-inf, 0] where y_i = 0, block by
-// block with the blocks' engines.
+// z_i ~ N(mean_i, 1) truncated to (0, inf) where y_i = 1 and to (-inf, 0] where y_i = 0, for the
+// observations [first, end).
+void DrawBinaryUtilities(const Eigen::VectorXd& y, const Eigen::VectorXd& mean, Eigen::Index first, Eigen::Index end,
+                         RandomEngine& rng, Eigen::VectorXd& z);
+// The same for every observation, block by block with the blocks' engines.
 void DrawBinaryUtilities(const Eigen::VectorXd& y, const Eigen::VectorXd& mean, ObservationBlocks& blocks,
                          Eigen::VectorXd& z);
 

@@ -6,8 +6,11 @@ NormalLinearStep::NormalLinearStep(const Eigen::MatrixXd& X, const LinearPrior& 
       m_factor(m_A), m_c(X.cols()), m_z(X.cols()) {}
 
 void NormalLinearStep::Mean(const Eigen::VectorXd& z, Eigen::VectorXd& mean) const {
-  mean.noalias() = m_X.transpose() * z;
-  mean += m_priorTerm;
+  MeanFromCrossProduct(m_X.transpose() * z, mean);
+}
+
+void NormalLinearStep::MeanFromCrossProduct(const Eigen::VectorXd& Xtz, Eigen::VectorXd& mean) const {
+  mean = Xtz + m_priorTerm;
   m_factor.solveInPlace(mean);
 }
 

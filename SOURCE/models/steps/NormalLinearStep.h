@@ -15,6 +15,8 @@ public:
 
   // The conditional mean A^-1 (X'z + P m) of the coefficients, into `mean`.
   void Mean(const Eigen::VectorXd& z, Eigen::VectorXd& mean) const;
+  // The same from X'z computed by the caller (in blocks, say).
+  void MeanFromCrossProduct(const Eigen::VectorXd& Xtz, Eigen::VectorXd& mean) const;
   // A draw given the conditional mean (from Mean), into `out`.
   void Draw(const Eigen::VectorXd& mean, RandomEngine& rng, Eigen::VectorXd& out);
   // The precision A of the conditional.

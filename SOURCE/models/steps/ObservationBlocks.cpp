@@ -36,13 +36,15 @@ int ObservationBlocks::ThreadsPerChain(long chains) {
 
 void ObservationBlocks::RunShare(int share) {
   for (std::size_t b = static_cast<std::size_t>(share); b + 1 < m_start.size(); b += static_cast<std::size_t>(m_shares)) {
-    (*m_work)(m_start[b], m_start[b + 1], m_engines[b]);
+    (*m_work)(static_cast<Eigen::Index>(b), m_start[b], m_start[b + 1], m_engines[b]);
   }
 }
 
-void ObservationBlocks::Run(const std::function<void(Eigen::Index, Eigen::Index, RandomEngine&)>& work) {
+void ObservationBlocks::Run(const Work& work) {
   if (m_helpers.empty()) {
-    for (std::size_t b = 0; b + 1 < m_start.size(); ++b) work(m_start[b], m_start[b + 1], m_engines[b]);
+    for (std::size_t b = 0; b + 1 < m_start.size(); ++b) {
+      work(static_cast<Eigen::Index>(b), m_start[b], m_start[b + 1], m_engines[b]);
+    }
     return;
   }
   {

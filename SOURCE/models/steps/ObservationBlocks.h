@@ -24,8 +24,12 @@ public:
   ObservationBlocks(const ObservationBlocks&) = delete;
   ObservationBlocks& operator=(const ObservationBlocks&) = delete;
 
-  // work(first, end, rng) for every block [first, end), returning once all are done.
-  void Run(const std::function<void(Eigen::Index, Eigen::Index, RandomEngine&)>& work);
+  // What a sweep does to one block: work(block, first, end, rng) for block number `block`, the
+  // observations [first, end).
+  using Work = std::function<void(Eigen::Index, Eigen::Index, Eigen::Index, RandomEngine&)>;
+  // Runs `work` on every block, returning once all are done.
+  void Run(const Work& work);
+  Eigen::Index Count() const { return static_cast<Eigen::Index>(m_engines.size()); }
 
   // The threads a chain's blocks may use when `chains` chains run at once on this machine.
   static int ThreadsPerChain(long chains);
@@ -40,7 +44,7 @@ private:
   std::vector<std::thread> m_helpers;
   std::mutex m_mutex;
   std::condition_variable m_wake, m_done;
-  const std::function<void(Eigen::Index, Eigen::Index, RandomEngine&)>* m_work = nullptr;
+  const Work* m_work = nullptr;
   long m_generation = 0;
   int m_pending = 0;
   bool m_stop = false;

@@ -12,7 +12,7 @@ Eigen::MatrixXd Sweeps(Eigen::Index n, int threads) {
   ObservationBlocks blocks(n, seeds, threads);
   Eigen::MatrixXd out(n, 3);
   for (int sweep = 0; sweep < 3; ++sweep) {
-    blocks.Run([&](Eigen::Index first, Eigen::Index end, RandomEngine& rng) {
+    blocks.Run([&](Eigen::Index, Eigen::Index first, Eigen::Index end, RandomEngine& rng) {
       for (Eigen::Index i = first; i < end; ++i) out(i, sweep) = rng.Uniform();
     });
   }
@@ -28,6 +28,8 @@ TEST(ObservationBlocks, ThreadsChangeNothingButTheSpeed) {
     EXPECT_EQ(Sweeps(n, 5), alone) << n;
     // Every observation drawn, and the sweeps differ.
     EXPECT_TRUE((alone.array() >= 0.0).all() && (alone.array() < 1.0).all());
-    if (n > 1) EXPECT_NE(alone.col(0), alone.col(1));
+    if (n > 1) {
+      EXPECT_NE(alone.col(0), alone.col(1));
+    }
   }
 }
