@@ -109,9 +109,10 @@ TEST(Logit, RecoversSimulatedCoefficientsAndAcceptsMostProposals) {
   RandomEngine rng;
   rng.Seed(23);
   Sample s;
-  s.X.resize(2000, 3);
-  s.y.resize(2000);
-  for (int i = 0; i < 2000; ++i) {
+  // 2,500 observations: the likelihood is summed in two blocks.
+  s.X.resize(2500, 3);
+  s.y.resize(2500);
+  for (int i = 0; i < 2500; ++i) {
     s.X.row(i) << 1.0, rng.Normal(), rng.Uniform() < 0.5 ? 1.0 : 0.0;
     const double u = rng.Uniform();
     s.y(i) = s.X.row(i).dot(truth) - std::log(1.0 / u - 1.0) > 0.0 ? 1.0 : 0.0;

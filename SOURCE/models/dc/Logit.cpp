@@ -13,8 +13,9 @@ constexpr double kProposalDof = 10.0;
 
 class LogitChain : public GibbsChain {
 public:
-  LogitChain(const Logit& model, const IndependenceProposal& proposal, Eigen::VectorXd start)
-      : m_model(model), m_proposal(proposal), m_b(std::move(start)), m_trial(m_b.size()), m_z(m_b.size()) {
+  LogitChain(const Logit& model, const IndependenceProposal& proposal, Eigen::VectorXd start, int threads)
+      : m_model(model), m_proposal(proposal), m_b(std::move(start)), m_trial(m_b.size()), m_z(m_b.size()),
+        m_scratch(model.MakeScratch(threads)) {
     m_logWeight = m_model.LogPosteriorKernel(m_b, m_scratch) - m_proposal.LogDensity(m_b);
   }
 
@@ -56,14 +57,36 @@ double Logit::LogPosteriorKernel(const Eigen::VectorXd& b) const {
   return LogPosteriorKernel(b, scratch);
 }
 
+Logit::KernelScratch Logit::MakeScratch(int threads) const {
+  KernelScratch scratch;
+  RandomEngine unused;  // the kernel draws nothing
+  scratch.blocks = std::make_unique<ObservationBlocks>(m_X->rows(), unused, threads);
+  scratch.partial.resize(scratch.blocks->Count());
+  return scratch;
+}
+
 double Logit::LogPosteriorKernel(const Eigen::VectorXd& b, KernelScratch& scratch) const {
-  // sum of y t - log(1 + e^t), with log(1 + e^t) = max(t, 0) + log1p(e^-|t|): finite for any t. In
-  // whole-array passes, which Eigen evaluates with vectorised exp and log1p.
   scratch.index.resize(m_X->rows());
-  scratch.index.matrix().noalias() = *m_X * b;
-  scratch.work = (-scratch.index.abs()).exp();
-  const double logLikelihood =
-      (m_y->array() * scratch.index).sum() - (scratch.index.max(0.0) + scratch.work.log1p()).sum();
+  scratch.work.resize(m_X->rows());
+  // sum of y t - log(1 + e^t) over [first, end), with log(1 + e^t) = max(t, 0) + log1p(e^-|t|):
+  // finite for any t. In whole-array passes, which Eigen evaluates with vectorised exp and log1p.
+  auto part = [&](Eigen::Index first, Eigen::Index end) {
+    const Eigen::Index n = end - first;
+    auto index = scratch.index.segment(first, n);
+    auto work = scratch.work.segment(first, n);
+    index.matrix().noalias() = m_X->middleRows(first, n) * b;
+    work = (-index.abs()).exp();
+    return (m_y->array().segment(first, n) * index).sum() - (index.max(0.0) + work.log1p()).sum();
+  };
+  double logLikelihood = 0.0;
+  if (scratch.blocks) {
+    scratch.blocks->Run([&](Eigen::Index block, Eigen::Index first, Eigen::Index end, RandomEngine&) {
+      scratch.partial(block) = part(first, end);
+    });
+    logLikelihood = scratch.partial.sum();
+  } else {
+    logLikelihood = part(0, m_X->rows());
+  }
   return logLikelihood + mlik::LogNormalDensity(b, m_prior.mean, m_prior.precision);
 }
 
@@ -99,7 +122,8 @@ bool Logit::Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd& X, const Lin
   Eigen::VectorXd z(k);
   for (auto& b : initial) m_proposal.Draw(starts, z, b);
   auto make = [&](int c) -> std::unique_ptr<GibbsChain> {
-    return std::make_unique<LogitChain>(*this, m_proposal, initial[static_cast<std::size_t>(c)]);
+    return std::make_unique<LogitChain>(*this, m_proposal, initial[static_cast<std::size_t>(c)],
+                                        ObservationBlocks::ThreadsPerChain(chains));
   };
   if (!RunChains(make, static_cast<int>(k + 1), out, interrupt)) return false;
   double accepted = 0.0;
@@ -120,10 +144,11 @@ bool Logit::Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd& X, const Lin
   RandomEngine reduced;
   reduced.Seed(Settings().seed + 1);
   Eigen::VectorXd fromStar(pooled.rows()), b(k);
+  KernelScratch scratch = MakeScratch(ObservationBlocks::ThreadsPerChain(1));
   for (Eigen::Index j = 0; j < fromStar.size(); ++j) {
     if ((j & 1023) == 0 && interrupt && interrupt->load()) return false;
     m_proposal.Draw(reduced, z, b);
-    fromStar(j) = std::min(0.0, LogPosteriorKernel(b) - m_proposal.LogDensity(b) - logWeightAtStar);
+    fromStar(j) = std::min(0.0, LogPosteriorKernel(b, scratch) - m_proposal.LogDensity(b) - logWeightAtStar);
   }
   const double logOrdinate = mlik::LogMeanExp(toStar) + m_proposal.LogDensity(bStar) - mlik::LogMeanExp(fromStar);
   logML_CJ = kernelAtStar - logOrdinate;

@@ -3,12 +3,14 @@
 
 #include <atomic>
 #include <limits>
+#include <memory>
 
 #include <Eigen/Dense>
 
 #include "Estimator.h"
 #include "IndependenceProposal.h"
 #include "LinearPrior.h"
+#include "ObservationBlocks.h"
 
 class EventDispatcher;
 
@@ -29,10 +31,15 @@ public:
 
   // log p(y | b) + log p(b).
   double LogPosteriorKernel(const Eigen::VectorXd& b) const;
-  // The same with working space kept by the caller (a chain evaluates it every sweep).
+  // The same with working space kept by the caller (a chain evaluates it every sweep); with
+  // `blocks`, the sum over the observations is taken block by block on the blocks' threads.
   struct KernelScratch {
     Eigen::ArrayXd index, work;
+    Eigen::VectorXd partial;
+    std::unique_ptr<ObservationBlocks> blocks;
   };
+  // Working space whose blocks use `threads` threads.
+  KernelScratch MakeScratch(int threads) const;
   double LogPosteriorKernel(const Eigen::VectorXd& b, KernelScratch& scratch) const;
 
   double logML = std::numeric_limits<double>::quiet_NaN();
