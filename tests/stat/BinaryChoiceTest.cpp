@@ -52,7 +52,7 @@ Sample Simulate(int n, const Eigen::VectorXd& b, std::uint64_t seed) {
 TEST(Probit, RecoversSimulatedCoefficients) {
   Eigen::VectorXd truth(3);
   truth << -0.5, 1.0, -0.7;
-  // 2,500 observations: two blocks of the augmentation, so their partial sums are exercised.
+  // 2,500 observations: several blocks of the augmentation, so their partial sums are exercised.
   const Sample s = Simulate(2500, truth, 17);
   // Centred prior (the rescaling step is used) and a prior centred elsewhere (it is not).
   for (double centre : {0.0, 0.3}) {
@@ -109,7 +109,7 @@ TEST(Logit, RecoversSimulatedCoefficientsAndAcceptsMostProposals) {
   RandomEngine rng;
   rng.Seed(23);
   Sample s;
-  // 2,500 observations: the likelihood is summed in two blocks.
+  // 2,500 observations: the likelihood is summed in several blocks.
   s.X.resize(2500, 3);
   s.y.resize(2500);
   for (int i = 0; i < 2500; ++i) {

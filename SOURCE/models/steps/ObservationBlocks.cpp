@@ -6,7 +6,9 @@
 namespace {
 
 // Observations per block: large enough that handing a block to another thread pays.
-constexpr Eigen::Index kBlockSize = 2048;
+constexpr Eigen::Index kBlockSize = 1024;
+// How often a helper looks for the next sweep before it sleeps (a few tens of microseconds).
+constexpr int kSpins = 2000;
 
 }  // namespace
 
@@ -17,7 +19,7 @@ ObservationBlocks::ObservationBlocks(Eigen::Index observations, RandomEngine& se
   m_engines.resize(static_cast<std::size_t>(std::max(blocks, 0)));
   for (RandomEngine& engine : m_engines) engine.Seed(seeds.Engine()());
   m_shares = std::clamp(std::min(threads, blocks), 1, 64);
-  for (int h = 1; h < m_shares; ++h) m_helpers.emplace_back([this, h] { Help(h); });
+  for (int h = 1; h < m_shares; ++h) m_helpers.emplace_back([this] { Help(); });
 }
 
 ObservationBlocks::~ObservationBlocks() {
@@ -34,8 +36,9 @@ int ObservationBlocks::ThreadsPerChain(long chains) {
   return static_cast<int>(std::max(1L, cores / std::max(1L, chains)));
 }
 
-void ObservationBlocks::RunShare(int share) {
-  for (std::size_t b = static_cast<std::size_t>(share); b + 1 < m_start.size(); b += static_cast<std::size_t>(m_shares)) {
+void ObservationBlocks::RunShare() {
+  // Blocks go to whichever thread is free: which thread draws a block changes nothing in it.
+  for (std::size_t b = m_next.fetch_add(1); b + 1 < m_start.size(); b = m_next.fetch_add(1)) {
     (*m_work)(static_cast<Eigen::Index>(b), m_start[b], m_start[b + 1], m_engines[b]);
   }
 }
@@ -50,30 +53,34 @@ void ObservationBlocks::Run(const Work& work) {
   {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_work = &work;
+    m_next = 0;
     m_pending = static_cast<int>(m_helpers.size());
-    ++m_generation;
+    m_generation.fetch_add(1, std::memory_order_release);
   }
   m_wake.notify_all();
-  RunShare(0);
-  std::unique_lock<std::mutex> lock(m_mutex);
-  m_done.wait(lock, [this] { return m_pending == 0; });
+  RunShare();
+  // The helpers are at work on the last blocks: wait for them without sleeping.
+  while (m_pending.load(std::memory_order_acquire) > 0) std::this_thread::yield();
   m_work = nullptr;
 }
 
-void ObservationBlocks::Help(int helper) {
+void ObservationBlocks::Help() {
   long seen = 0;
   for (;;) {
-    {
+    // Sweeps follow each other within microseconds: look for the next one for a while before
+    // sleeping, since a wake-up through the condition variable costs more than a block.
+    bool ready = false;
+    for (int spin = 0; spin < kSpins && !ready; ++spin) {
+      ready = m_generation.load(std::memory_order_acquire) != seen;
+      if (!ready) std::this_thread::yield();
+    }
+    if (!ready) {
       std::unique_lock<std::mutex> lock(m_mutex);
-      m_wake.wait(lock, [&] { return m_stop || m_generation != seen; });
+      m_wake.wait(lock, [&] { return m_stop || m_generation.load(std::memory_order_acquire) != seen; });
       if (m_stop) return;
-      seen = m_generation;
     }
-    RunShare(helper);
-    {
-      const std::lock_guard<std::mutex> lock(m_mutex);
-      --m_pending;
-    }
-    m_done.notify_one();
+    seen = m_generation.load(std::memory_order_acquire);
+    RunShare();
+    m_pending.fetch_sub(1, std::memory_order_release);
   }
 }

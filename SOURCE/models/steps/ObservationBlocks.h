@@ -2,6 +2,7 @@
 // split into fixed blocks, each with an engine of its own, and spread over the idle cores.
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <functional>
 #include <mutex>
@@ -35,17 +36,18 @@ public:
   static int ThreadsPerChain(long chains);
 
 private:
-  void Help(int helper);
-  void RunShare(int share);
+  void Help();
+  void RunShare();
 
   std::vector<Eigen::Index> m_start;  // block b is [m_start[b], m_start[b + 1])
   std::vector<RandomEngine> m_engines;
   int m_shares = 1;  // the calling thread and the helpers
   std::vector<std::thread> m_helpers;
   std::mutex m_mutex;
-  std::condition_variable m_wake, m_done;
+  std::condition_variable m_wake;
   const Work* m_work = nullptr;
-  long m_generation = 0;
-  int m_pending = 0;
+  std::atomic<std::size_t> m_next{0};  // the next block to hand out
+  std::atomic<long> m_generation{0};  // counts the sweeps handed out
+  std::atomic<int> m_pending{0};      // helpers still at work on this one
   bool m_stop = false;
 };
