@@ -35,12 +35,20 @@ long TavixASYNCProcess::Start(const std::string& command) {
   const char* argv[] = {"/bin/sh", "-c", nullptr, nullptr};
   const wxScopedCharBuffer utf8 = quoted.utf8_str();
   argv[2] = utf8.data();
-  // A new process group, and the window stays usable while the program runs.
+  // A new process group, and the window stays usable while the program runs. A program that ends
+  // at once may be reported ended before wxExecute returns: OnTerminate then leaves the object to
+  // be deleted here.
+  m_starting = true;
   const long pid = wxExecute(const_cast<char**>(argv), wxEXEC_ASYNC | wxEXEC_MAKE_GROUP_LEADER, this);
+  m_starting = false;
   if (pid <= 0) {
     m_finished(-1);
     delete this;
     return 0;
+  }
+  if (m_ended) {
+    delete this;
+    return pid;
   }
   m_timer.Start(100);
   return pid;
@@ -55,6 +63,10 @@ void TavixASYNCProcess::OnTerminate(int, int status) {
   m_timer.Stop();
   ReadAvailable();
   m_finished(status);
+  if (m_starting) {
+    m_ended = true;
+    return;
+  }
   delete this;
 }
 

@@ -25,4 +25,6 @@ private:
   std::function<void(const std::string&)> m_output;
   std::function<void(int)> m_finished;
   wxTimer m_timer;
+  bool m_starting = false;  // inside wxExecute
+  bool m_ended = false;     // ended while starting
 };
