@@ -7,6 +7,8 @@ namespace {
 
 // Observations per block: large enough that handing a block to another thread pays.
 constexpr Eigen::Index kBlockSize = 1024;
+// Below this many observations a sweep's draws take less than the threads' hand-over: one thread.
+constexpr Eigen::Index kThreadsFrom = 4096;
 // How often a helper looks for the next sweep before it sleeps (a few tens of microseconds).
 constexpr int kSpins = 2000;
 
@@ -18,7 +20,7 @@ ObservationBlocks::ObservationBlocks(Eigen::Index observations, RandomEngine& se
   const auto blocks = static_cast<int>(m_start.size()) - 1;
   m_engines.resize(static_cast<std::size_t>(std::max(blocks, 0)));
   for (RandomEngine& engine : m_engines) engine.Seed(seeds.Engine()());
-  m_shares = std::clamp(std::min(threads, blocks), 1, 64);
+  m_shares = observations < kThreadsFrom ? 1 : std::clamp(std::min(threads, blocks), 1, 64);
   for (int h = 1; h < m_shares; ++h) m_helpers.emplace_back([this] { Help(); });
 }
 

@@ -19,7 +19,7 @@
 class ObservationBlocks {
 public:
   // `seeds` gives each block's engine its seed; `threads` (at least 1) is how many threads may
-  // work at once.
+  // work at once (one for fewer than 4,096 observations).
   ObservationBlocks(Eigen::Index observations, RandomEngine& seeds, int threads);
   ~ObservationBlocks();
   ObservationBlocks(const ObservationBlocks&) = delete;
