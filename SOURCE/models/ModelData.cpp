@@ -105,6 +105,11 @@ ModelData KeepObservations(const ModelData& data, const std::vector<Eigen::Index
   return kept;
 }
 
+std::string CheckPanel(const ModelRequest& request) {
+  if (request.dataset->Structure().kind == DatasetKind::Panel) return "OK";
+  return "Model \"" + request.keyword + "\" needs a panel dataset: declare its structure with set_pd.";
+}
+
 // The group of each observation used, numbered from 0 in order of first appearance. Rows whose
 // group is missing are left out of `data` and counted as dropped. Returns "OK" or the message.
 std::string ReadPanelGroups(const ModelRequest& request, ModelData& data, std::vector<int>& groups) {

@@ -29,6 +29,9 @@ std::string ExtractModelData(const ModelRequest& request, ModelData& data,
 // carried over.
 ModelData KeepObservations(const ModelData& data, const std::vector<Eigen::Index>& keep);
 
+// "OK" when the request's dataset is a panel, otherwise the message naming set_pd.
+std::string CheckPanel(const ModelRequest& request);
+
 // The group of each observation of `data` in the request's panel dataset, numbered from 0 in order
 // of first appearance. Rows whose group is missing are left out of `data` and counted as dropped.
 // Returns "OK" or the message.

@@ -8,6 +8,7 @@
 #include "BinaryAugmentation.h"
 #include "Gamma.h"
 #include "MarginalLikelihood.h"
+#include "ObservationBlocks.h"
 #include "PolyaGamma.h"
 
 namespace {
@@ -29,16 +30,28 @@ public:
     const Eigen::MatrixXd& X = m_model.X();
     // The blocks' engines are seeded from the chain's own at its first sweep.
     if (!m_blocks) m_blocks = std::make_unique<ObservationBlocks>(y.size(), rng, m_threads);
-    m_index.noalias() = X * m_b;
-    m_model.Groups().AddEffects(m_index, m_a, m_index);
-    if (m_model.Link() == BinaryLink::Probit) {
-      DrawBinaryUtilities(y, m_index, *m_blocks, m_latent);
+    const bool probit = m_model.Link() == BinaryLink::Probit;
+    // Block by block: the index x'b + a (after a rescaling, the last fit times its factor), then
+    // the utilities or the Polya-Gamma weights given it.
+    m_blocks->Run([&](Eigen::Index, Eigen::Index first, Eigen::Index end, RandomEngine& blockRng) {
+      const Eigen::Index n = end - first;
+      if (m_fitScale > 0.0) {
+        m_index.segment(first, n) *= m_fitScale;
+      } else {
+        m_index.segment(first, n).noalias() = X.middleRows(first, n) * m_b;
+        m_model.Groups().AddEffects(m_a, first, end, m_index);
+      }
+      if (probit) {
+        DrawBinaryUtilities(y, m_index, first, end, blockRng, m_latent);
+      } else {
+        for (Eigen::Index i = first; i < end; ++i) m_latent(i) = dist::PolyaGammaDraw(blockRng, m_index(i));
+      }
+    });
+    m_fitScale = 0.0;
+    if (probit) {
       m_step.Draw(m_latent, m_omega, rng, m_b, m_a);
       if (m_rescale) Rescale(rng);
     } else {
-      m_blocks->Run([this](Eigen::Index, Eigen::Index first, Eigen::Index end, RandomEngine& blockRng) {
-        for (Eigen::Index i = first; i < end; ++i) m_latent(i) = dist::PolyaGammaDraw(blockRng, m_index(i));
-      });
       m_step.DrawWeighted(m_kappa, m_latent, m_omega, rng, m_b, m_a);
     }
     m_sumOfSquaredEffects = m_a.squaredNorm();
@@ -67,18 +80,16 @@ public:
   Eigen::VectorXd EffectMeans() const { return m_effectSums / static_cast<double>(std::max(1L, m_recorded)); }
 
 private:
-  // (z, b, a) -> g (z, b, a) with g^2 ~ Gamma((n + k + G)/2, (|z - Xb - a|^2 + b'Pb + omega a'a)/2): a
-  // generalised Gibbs step along the scale group, which leaves the posterior invariant when the
-  // prior of b is centred at zero and frees the scale of the utilities that the data fix weakly.
+  // (z, b, a) -> g (z, b, a) along the scale group, the prior quadratic forms b'Pb and omega a'a
+  // taking part; the fit X b + a is kept for the next sweep, which scales it by g.
   void Rescale(RandomEngine& rng) {
     m_index.noalias() = m_model.X() * m_b;
-    m_model.Groups().AddEffects(m_index, m_a, m_index);
-    const double rate = 0.5 * ((m_latent - m_index).squaredNorm() + m_b.dot(m_model.Prior().precision * m_b) +
-                               m_omega * m_a.squaredNorm());
-    const double shape = 0.5 * static_cast<double>(m_latent.size() + m_b.size() + m_a.size());
-    const double g = std::sqrt(dist::GammaDraw(rng, shape, rate));
-    m_b *= g;
-    m_a *= g;
+    m_model.Groups().AddEffects(m_a, 0, m_index.size(), m_index);
+    const double quadratic = (m_latent - m_index).squaredNorm() + m_b.dot(m_model.Prior().precision * m_b) +
+                             m_omega * m_a.squaredNorm();
+    m_fitScale = ScaleGroupFactor(rng, quadratic, m_latent.size() + m_b.size() + m_a.size());
+    m_b *= m_fitScale;
+    m_a *= m_fitScale;
   }
 
   const BinaryRandomEffects& m_model;
@@ -91,6 +102,7 @@ private:
   const Eigen::VectorXd* m_bStar;
   bool m_rescale;
   Eigen::VectorXd m_index, m_latent, m_kappa;
+  double m_fitScale = 0.0;  // > 0: m_index holds the last fit X b + a, to be scaled by it
   double m_sumOfSquaredEffects = 0.0;
   mutable Eigen::VectorXd m_effectSums;
   mutable long m_recorded = 0;

@@ -13,6 +13,9 @@ namespace {
 constexpr double kInvSqrt2 = 0.70710678118654752440;
 constexpr double kInvSqrt2Pi = 0.39894228040143267794;
 
+// 1 / (1 + e^-t), finite for any t.
+double Logistic(double t) { return t >= 0.0 ? 1.0 / (1.0 + std::exp(-t)) : std::exp(t) / (1.0 + std::exp(t)); }
+
 class ProbitLink : public IndexLink {
 public:
   std::string Describe(int) const override { return "Prob(y = 1|x)"; }
@@ -28,7 +31,7 @@ class LogitLink : public IndexLink {
 public:
   std::string Describe(int) const override { return "Prob(y = 1|x)"; }
   void Quantity(int, Eigen::Ref<Eigen::MatrixXd> index, const Eigen::Ref<const Eigen::MatrixXd>&) const override {
-    index = index.unaryExpr([](double t) { return t >= 0.0 ? 1.0 / (1.0 + std::exp(-t)) : std::exp(t) / (1.0 + std::exp(t)); });
+    index = index.unaryExpr(&Logistic);
   }
   void Derivative(int, Eigen::Ref<Eigen::MatrixXd> index, const Eigen::Ref<const Eigen::MatrixXd>&) const override {
     index = index.unaryExpr([](double t) {
@@ -38,7 +41,6 @@ public:
   }
 };
 
-double Logistic(double t) { return t >= 0.0 ? 1.0 / (1.0 + std::exp(-t)) : std::exp(t) / (1.0 + std::exp(t)); }
 
 // The effects' variance of each draw: the last parameter.
 double EffectVariance(const Eigen::Ref<const Eigen::MatrixXd>& draws, Eigen::Index d) {

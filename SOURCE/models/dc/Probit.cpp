@@ -5,9 +5,9 @@
 #include <memory>
 
 #include "BinaryAugmentation.h"
-#include "Gamma.h"
 #include "MarginalLikelihood.h"
 #include "NormalLinearStep.h"
+#include "ObservationBlocks.h"
 
 namespace {
 
@@ -48,9 +48,8 @@ public:
         m_index.segment(first, n).noalias() = m_X.middleRows(first, n) * m_b;
         m_partialSquares(block) = (m_z.segment(first, n) - m_index.segment(first, n)).squaredNorm();
       });
-      const double rate = 0.5 * (m_partialSquares.sum() + m_b.dot(m_prior.precision * m_b));
-      const double shape = 0.5 * static_cast<double>(m_y.size() + m_b.size());
-      m_fitScale = std::sqrt(dist::GammaDraw(rng, shape, rate));
+      m_fitScale = ScaleGroupFactor(rng, m_partialSquares.sum() + m_b.dot(m_prior.precision * m_b),
+                                    m_y.size() + m_b.size());
       m_b *= m_fitScale;
     }
   }

@@ -75,9 +75,7 @@ std::string Intrepr_LM1(const ModelRequest& request, std::unique_ptr<ModelJob>& 
       randomEffects ? std::vector<std::string>{"logML_CJ"} : std::vector<std::string>{};
   std::string status = CheckOptionNames(request, numeric, logical);
   if (status != "OK") return status;
-  if (randomEffects && request.dataset->Structure().kind != DatasetKind::Panel) {
-    return "Model \"lm_re\" needs a panel dataset: declare its structure with set_pd.";
-  }
+  if (randomEffects && (status = CheckPanel(request)) != "OK") return status;
 
   Eigen::VectorXd gibbs;
   status = ModelsInterpreter::read_Gibbs(request.options.numeric, gibbs);

@@ -1,9 +1,11 @@
-// BinaryAugmentation: one-sided truncated Normal draws and the probit log-likelihood.
+// BinaryAugmentation: one-sided truncated Normal draws, the scale-group move and the probit
+// log-likelihood.
 #include "BinaryAugmentation.h"
 
 #include <cmath>
 #include <limits>
 
+#include "Gamma.h"
 #include "TruncatedNormal.h"
 
 void DrawBinaryUtilities(const Eigen::VectorXd& y, const Eigen::VectorXd& mean, Eigen::Index first, Eigen::Index end,
@@ -15,11 +17,8 @@ void DrawBinaryUtilities(const Eigen::VectorXd& y, const Eigen::VectorXd& mean, 
   }
 }
 
-void DrawBinaryUtilities(const Eigen::VectorXd& y, const Eigen::VectorXd& mean, ObservationBlocks& blocks,
-                         Eigen::VectorXd& z) {
-  blocks.Run([&](Eigen::Index, Eigen::Index first, Eigen::Index end, RandomEngine& rng) {
-    DrawBinaryUtilities(y, mean, first, end, rng, z);
-  });
+double ScaleGroupFactor(RandomEngine& rng, double quadratic, Eigen::Index dimension) {
+  return std::sqrt(dist::GammaDraw(rng, 0.5 * static_cast<double>(dimension), 0.5 * quadratic));
 }
 
 double LogNormalCdf(double t) {

@@ -26,8 +26,9 @@ PanelGroups PanelGroups::FromCodes(const std::vector<int>& groups) {
   return p;
 }
 
-void PanelGroups::AddEffects(const Eigen::VectorXd& index, const Eigen::VectorXd& effects, Eigen::VectorXd& out) const {
-  for (Eigen::Index i = 0; i < index.size(); ++i) out(i) = index(i) + effects(group[static_cast<std::size_t>(i)]);
+void PanelGroups::AddEffects(const Eigen::VectorXd& effects, Eigen::Index first, Eigen::Index end,
+                             Eigen::VectorXd& index) const {
+  for (Eigen::Index i = first; i < end; ++i) index(i) += effects(group[static_cast<std::size_t>(i)]);
 }
 
 RandomInterceptStep::RandomInterceptStep(const Eigen::MatrixXd& X, const PanelGroups& groups, const LinearPrior& prior)

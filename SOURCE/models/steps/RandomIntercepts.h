@@ -20,8 +20,8 @@ struct PanelGroups {
   // From the group of each observation; every number 0 ... G-1 must be used.
   static PanelGroups FromCodes(const std::vector<int>& groups);
   Eigen::Index Count() const { return size.size(); }
-  // index_i + a_{g(i)} for every observation, into `out`.
-  void AddEffects(const Eigen::VectorXd& index, const Eigen::VectorXd& effects, Eigen::VectorXd& out) const;
+  // index_i += a_{g(i)} for the observations [first, end).
+  void AddEffects(const Eigen::VectorXd& effects, Eigen::Index first, Eigen::Index end, Eigen::VectorXd& index) const;
 };
 
 // z_i = x_i'b + a_{g(i)} + e_i, e_i ~ N(0, 1/w_i), a_g ~ N(0, 1/omega), b ~ N(m, P^-1): one draw
