@@ -165,7 +165,7 @@ TEST(ContinuousDraws, TruncatedNormalInEveryRegime) {
 // lambda = phi(a) / (1 - Phi(a)) and variance 1 + a lambda - lambda^2.
 TEST(ContinuousDraws, StandardNormalTail) {
   std::uint64_t seed = 700;
-  for (const double a : {-3.0, -0.3, 0.0, 0.4, 2.5, 12.0}) {
+  for (const double a : {-3.0, -0.3, 0.0, 0.4, 0.79, 0.81, 2.5, 12.0}) {
     SCOPED_TRACE(testing::Message() << "above " << a);
     const auto draws = Sample(++seed, [a](RandomEngine& rng) { return dist::StandardNormalTailDraw(rng, a); });
     EXPECT_GT(*std::min_element(draws.begin(), draws.end()), a);
