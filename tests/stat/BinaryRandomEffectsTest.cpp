@@ -1,5 +1,5 @@
 // The random-intercept probit and logit: the integrated likelihood against brute-force
-// integration, recovery of simulated parameters, and the posterior and both marginal likelihoods
+// integration, the logit sampler's group sums and Newton proposal, recovery of simulated parameters, and the posterior and both marginal likelihoods
 // of an intercept-only model against two-dimensional quadrature.
 #include <gtest/gtest.h>
 
@@ -9,7 +9,9 @@
 
 #include "BinaryRandomEffects.h"
 #include "EventDispatcher.h"
+#include "LogisticGroupTerms.h"
 #include "MarginalLikelihood.h"
+#include "NewtonProposal.h"
 #include "PooledDraws.h"
 #include "RandomEngine.h"
 #include "RandomIntercepts.h"
@@ -201,5 +203,78 @@ TEST(BinaryRandomEffects, InterceptModelAgreesWithQuadrature) {
     EXPECT_NEAR(draws.col(1).mean(), meanVar, 0.05 * meanVar) << name;
     EXPECT_NEAR(model.logML_CJ, logML, 0.1) << name;
     EXPECT_NEAR(model.logML, logML, 0.2) << name;
+  }
+}
+
+// Group sums over blocks of 1,024 against a direct sum per group, with groups of 1 to 40
+// observations that block boundaries cut (one group spans a whole block).
+TEST(BinaryRandomEffects, LogisticGroupSumsAcrossBlocks) {
+  RandomEngine rng;
+  rng.Seed(3);
+  std::vector<Eigen::Index> start{0};
+  auto fill = [&](Eigen::Index to) {
+    while (start.back() + 40 < to) start.push_back(start.back() + 1 + static_cast<Eigen::Index>(rng.Uniform() * 40.0));
+    start.push_back(to);
+  };
+  fill(2040);
+  start.push_back(3100);  // a group over the whole of block 2, [2048, 3072)
+  fill(5000);
+  const Eigen::Index n = 5000, G = static_cast<Eigen::Index>(start.size()) - 1;
+  Eigen::VectorXd y(n), eta(n), effects(G), residual(n);
+  for (Eigen::Index i = 0; i < n; ++i) {
+    y(i) = rng.Uniform() < 0.4 ? 1.0 : 0.0;
+    eta(i) = 3.0 * rng.Normal();
+  }
+  LogisticGroupTerms terms(y, start, 5);
+  LogisticGroupTerms::Sums sums(G);
+  // Twice, so that what the first evaluation left behind must not count in the second.
+  for (int round = 0; round < 2; ++round) {
+    for (Eigen::Index g = 0; g < G; ++g) effects(g) = 40.0 * rng.Normal();  // far into both tails too
+    for (Eigen::Index block = 4; block >= 0; --block) {  // in any order
+      terms.Evaluate(block, 1024 * block, std::min<Eigen::Index>(n, 1024 * (block + 1)), eta, effects, residual, sums);
+    }
+    terms.JoinCutGroups(sums);
+  }
+  for (Eigen::Index g = 0; g < G; ++g) {
+    double logLikelihood = 0.0, gradient = 0.0, curvature = 0.0;
+    for (Eigen::Index i = start[static_cast<std::size_t>(g)]; i < start[static_cast<std::size_t>(g) + 1]; ++i) {
+      const double t = eta(i) + effects(g);
+      const double p = 1.0 / (1.0 + std::exp(-t));
+      logLikelihood += y(i) > 0.5 ? -std::log1p(std::exp(-t)) : -std::log1p(std::exp(t));
+      gradient += y(i) - p;
+      curvature += p * (1.0 - p);
+      ASSERT_NEAR(residual(i), y(i) - p, 1e-12);
+    }
+    ASSERT_NEAR(sums.logLikelihood(g), logLikelihood, 1e-9 * (1.0 + std::fabs(logLikelihood))) << g;
+    ASSERT_NEAR(sums.gradient(g), gradient, 1e-9) << g;
+    ASSERT_NEAR(sums.curvature(g), curvature, 1e-9) << g;
+  }
+}
+
+// On a Normal target whose precision is the proposal's curvature, the Newton proposal is an exact
+// draw: the Metropolis-Hastings log ratio is zero from any point.
+TEST(BinaryRandomEffects, NewtonProposalIsExactOnNormalTargets) {
+  Eigen::MatrixXd H(3, 3);
+  H << 4.0, 1.0, 0.5, 1.0, 3.0, -0.7, 0.5, -0.7, 2.0;
+  Eigen::VectorXd mode(3);
+  mode << 1.0, -2.0, 0.5;
+  auto logTarget = [&](const Eigen::VectorXd& b) { return -0.5 * (b - mode).dot(H * (b - mode)); };
+  auto gradient = [&](const Eigen::VectorXd& b) -> Eigen::VectorXd { return -H * (b - mode); };
+  NewtonProposal proposal;
+  ASSERT_TRUE(proposal.SetCurvature(H));
+  EXPECT_FALSE(proposal.SetCurvature(-H));
+  RandomEngine rng;
+  rng.Seed(9);
+  Eigen::VectorXd b(3), mean(3), trial(3), reverse(3);
+  b << 10.0, 5.0, -7.0;
+  for (int r = 0; r < 20; ++r) {
+    proposal.Mean(b, gradient(b), mean);
+    EXPECT_LT((mean - mode).norm(), 1e-12);
+    proposal.Draw(mean, rng, trial);
+    proposal.Mean(trial, gradient(trial), reverse);
+    const double logRatio = logTarget(trial) - logTarget(b) + proposal.LogDensity(b, reverse) -
+                            proposal.LogDensity(trial, mean);
+    EXPECT_NEAR(logRatio, 0.0, 1e-9);
+    b = trial;
   }
 }

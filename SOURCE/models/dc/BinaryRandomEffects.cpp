@@ -7,23 +7,25 @@
 
 #include "BinaryAugmentation.h"
 #include "Gamma.h"
+#include "Logit.h"
+#include "LogitRandomIntercepts.h"
 #include "MarginalLikelihood.h"
 #include "ObservationBlocks.h"
 #include "PolyaGamma.h"
 
 namespace {
 
-// One chain over (b, a), omega and the augmented data. With omega fixed it is the reduced run of
-// Chib's method and records the log ordinate of p(b* | data, omega*) instead of the parameters.
-class RandomInterceptChain : public GibbsChain {
+// One chain over (b, a), omega and the augmented data: the probit's sampler, and for both links
+// the reduced run of Chib's method, with omega fixed, which records the log ordinate of
+// p(b* | data, omega*) instead of the parameters.
+class RandomInterceptChain : public RandomEffectsChain {
 public:
   RandomInterceptChain(const BinaryRandomEffects& model, Eigen::VectorXd start, double omega, bool omegaFixed,
                        const Eigen::VectorXd* bStar, int threads)
-      : m_model(model), m_threads(threads), m_step(model.X(), model.Groups(), model.Prior()), m_b(std::move(start)),
+      : RandomEffectsChain(model.Groups().Count()), m_model(model), m_threads(threads), m_step(model.X(), model.Groups(), model.Prior()), m_b(std::move(start)),
         m_a(Eigen::VectorXd::Zero(model.Groups().Count())), m_omega(omega), m_omegaFixed(omegaFixed), m_bStar(bStar),
         m_rescale(model.Link() == BinaryLink::Probit && model.Prior().precisionTimesMean.cwiseAbs().maxCoeff() == 0.0),
-        m_index(model.Y().size()), m_latent(model.Y().size()), m_kappa(model.Y().array() - 0.5),
-        m_effectSums(Eigen::VectorXd::Zero(model.Groups().Count())) {}
+        m_index(model.Y().size()), m_latent(model.Y().size()), m_kappa(model.Y().array() - 0.5) {}
 
   void Sweep(RandomEngine& rng) override {
     const Eigen::VectorXd& y = m_model.Y();
@@ -54,30 +56,20 @@ public:
     } else {
       m_step.DrawWeighted(m_kappa, m_latent, m_omega, rng, m_b, m_a);
     }
-    m_sumOfSquaredEffects = m_a.squaredNorm();
     if (!m_omegaFixed) {
-      const auto [shape, rate] = m_model.OmegaConditional(m_sumOfSquaredEffects);
+      const auto [shape, rate] = m_model.OmegaConditional(m_a.squaredNorm());
       m_omega = dist::GammaDraw(rng, shape, rate);
     }
   }
 
-  // b, the effects' variance and the sum of squared effects (for omega's ordinate; dropped from
-  // what the model keeps); or, in the reduced run, the log ordinate of b*.
+  // In the reduced run, the log ordinate of b*.
   void Record(DrawRow row) const override {
     if (m_omegaFixed) {
       row(0) = m_step.LogOrdinate(*m_bStar);
-      return;
+    } else {
+      RecordState(row, m_b, m_omega, m_a);
     }
-    const Eigen::Index k = m_b.size();
-    row.head(k) = m_b.transpose();
-    row(k) = 1.0 / m_omega;
-    row(k + 1) = m_sumOfSquaredEffects;
-    m_effectSums += m_a;
-    ++m_recorded;
   }
-
-  // The average of the effects over the recorded draws.
-  Eigen::VectorXd EffectMeans() const { return m_effectSums / static_cast<double>(std::max(1L, m_recorded)); }
 
 private:
   // (z, b, a) -> g (z, b, a) along the scale group, the prior quadratic forms b'Pb and omega a'a
@@ -103,9 +95,6 @@ private:
   bool m_rescale;
   Eigen::VectorXd m_index, m_latent, m_kappa;
   double m_fitScale = 0.0;  // > 0: m_index holds the last fit X b + a, to be scaled by it
-  double m_sumOfSquaredEffects = 0.0;
-  mutable Eigen::VectorXd m_effectSums;
-  mutable long m_recorded = 0;
 };
 
 }  // namespace
@@ -129,15 +118,44 @@ bool BinaryRandomEffects::Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd
   // and 4, so that R-hat can reveal slow mixing.
   const long chains = Settings().chains;
   auto position = [chains](int c) { return chains > 1 ? 2.0 * c / static_cast<double>(chains - 1) - 1.0 : 0.0; };
+  const bool logit = m_link == BinaryLink::Logit;
+  if (logit) {
+    const auto order = Eigen::Map<const Eigen::Matrix<Eigen::Index, Eigen::Dynamic, 1>>(
+        m_groups.members.data(), static_cast<Eigen::Index>(m_groups.members.size()));
+    m_sortedY = y(order);
+    m_sortedX = X(order, Eigen::all);
+  }
+  // The logit's chains start at draws from the pooled model's t proposal where it has a mode: its
+  // Newton proposal moves the coefficients little while far from the posterior.
+  std::vector<Eigen::VectorXd> starts;
+  for (int c = 0; c < chains; ++c) starts.emplace_back(m_prior.mean.array() + 0.5 * position(c));
+  IndependenceProposal pooledProposal;
+  if (logit && FitLogitProposal(y, X, m_prior, pooledProposal)) {
+    RandomEngine engine;
+    engine.Seed(Settings().seed + 7);
+    Eigen::VectorXd z(k);
+    for (auto& start : starts) pooledProposal.Draw(engine, z, start);
+  }
   auto make = [&](int c) -> std::unique_ptr<GibbsChain> {
-    return std::make_unique<RandomInterceptChain>(*this, Eigen::VectorXd(m_prior.mean.array() + 0.5 * position(c)),
-                                                  std::pow(4.0, position(c)), false, nullptr,
-                                                  ObservationBlocks::ThreadsPerChain(chains));
+    Eigen::VectorXd start = starts[static_cast<std::size_t>(c)];
+    const double omega = std::pow(4.0, position(c));
+    const int threads = ObservationBlocks::ThreadsPerChain(chains);
+    if (logit) return MakeLogitRandomInterceptChain(*this, std::move(start), omega, threads);
+    return std::make_unique<RandomInterceptChain>(*this, std::move(start), omega, false, nullptr, threads);
   };
   if (!RunChains(make, static_cast<int>(k + 2), out, interrupt)) return false;
 
   effects = Eigen::VectorXd::Zero(m_groups.Count());
-  for (const auto& chain : Chains()) effects += static_cast<const RandomInterceptChain&>(*chain).EffectMeans();
+  coefficientAcceptance = effectAcceptance = logit ? 0.0 : std::numeric_limits<double>::quiet_NaN();
+  for (const auto& chain : Chains()) {
+    const auto& randomEffectsChain = static_cast<const RandomEffectsChain&>(*chain);
+    effects += randomEffectsChain.EffectMeans();
+    if (logit) {
+      const auto [coefficients, effect] = LogitRandomInterceptAcceptance(randomEffectsChain);
+      coefficientAcceptance += coefficients / static_cast<double>(Chains().size());
+      effectAcceptance += effect / static_cast<double>(Chains().size());
+    }
+  }
   effects /= static_cast<double>(Chains().size());
 
   // The sums of squared effects are kept for Chib's method only.

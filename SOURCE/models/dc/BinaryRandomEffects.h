@@ -1,6 +1,7 @@
 // Probit_RE, Logit_RE: binary choice with a random intercept per group of a panel.
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <limits>
 #include <vector>
@@ -14,11 +15,12 @@
 class EventDispatcher;
 
 // P(y_it = 1 | x_it, a_i) = F(x_it'b + a_i), a_i ~ N(0, 1/omega), b ~ N(m, P^-1) (constraints
-// folded in), omega ~ Gamma(a_re, b_re). Each sweep augments the data so that the outcomes become
-// a Normal regression (probit: utilities from truncated Normals; logit: Polya-Gamma weights), draws
-// (b, a) as one block from the random-intercept step, rescales (b, a) along the scale group for the
-// probit with a prior centred at zero (as the pooled probit does), then draws omega given a.
-// Records b, then the effects' variance 1/omega.
+// folded in), omega ~ Gamma(a_re, b_re). The probit's sweep augments the data with utilities from
+// truncated Normals, draws (b, a) as one block from the random-intercept step and rescales (b, a)
+// along the scale group when the prior is centred at zero (as the pooled probit does). The logit's
+// sweep is Metropolis-Hastings within Gibbs (see LogitRandomIntercepts.h); only Chib's reduced run
+// uses Polya-Gamma weights, whose draws cost several times a logistic evaluation. Both then draw
+// omega given a. Records b, then the effects' variance 1/omega.
 class BinaryRandomEffects : public Estimator {
 public:
   BinaryRandomEffects(const Eigen::VectorXd& gibbs, BinaryLink link) : Estimator(gibbs), m_link(link) {}
@@ -34,12 +36,18 @@ public:
   double logML = std::numeric_limits<double>::quiet_NaN();
   double logML_CJ = std::numeric_limits<double>::quiet_NaN();
   Eigen::VectorXd effects;
+  // The logit's acceptance rates of the coefficients' and the effects' Metropolis-Hastings steps.
+  double coefficientAcceptance = std::numeric_limits<double>::quiet_NaN();
+  double effectAcceptance = std::numeric_limits<double>::quiet_NaN();
 
   // What one chain needs of the model.
   BinaryLink Link() const { return m_link; }
   const Eigen::VectorXd& Y() const { return *m_y; }
   const Eigen::MatrixXd& X() const { return *m_X; }
   const PanelGroups& Groups() const { return m_groups; }
+  // y and X with the observations group by group (the logit's chain works on these).
+  const Eigen::VectorXd& SortedY() const { return m_sortedY; }
+  const Eigen::MatrixXd& SortedX() const { return m_sortedX; }
   const LinearPrior& Prior() const { return m_prior; }
   // omega | a ~ Gamma(a_re + G/2, b_re + a'a/2), as (shape, rate).
   std::pair<double, double> OmegaConditional(double sumOfSquaredEffects) const {
@@ -55,8 +63,33 @@ private:
   const Eigen::VectorXd* m_y = nullptr;
   const Eigen::MatrixXd* m_X = nullptr;
   PanelGroups m_groups;
+  Eigen::VectorXd m_sortedY;
+  Eigen::MatrixXd m_sortedX;
   LinearPrior m_prior;
   double m_aRe = 0.0, m_bRe = 0.0;
+};
+
+// What the chains of both links record: b, 1/omega and a'a (for omega's ordinate in Chib's method;
+// dropped from what the model keeps), and the running sums of the effects.
+class RandomEffectsChain : public GibbsChain {
+public:
+  // The average of the effects over the recorded draws.
+  Eigen::VectorXd EffectMeans() const { return m_effectSums / static_cast<double>(std::max(1L, m_recorded)); }
+
+protected:
+  explicit RandomEffectsChain(Eigen::Index groups) : m_effectSums(Eigen::VectorXd::Zero(groups)) {}
+  void RecordState(DrawRow row, const Eigen::VectorXd& b, double omega, const Eigen::VectorXd& a) const {
+    const Eigen::Index k = b.size();
+    row.head(k) = b.transpose();
+    row(k) = 1.0 / omega;
+    row(k + 1) = a.squaredNorm();
+    m_effectSums += a;
+    ++m_recorded;
+  }
+
+private:
+  mutable Eigen::VectorXd m_effectSums;
+  mutable long m_recorded = 0;
 };
 
 class Probit_RE : public BinaryRandomEffects {

@@ -79,6 +79,11 @@ std::unique_ptr<ModelJob> RandomEffectsJob(const ModelRequest& request, const Ei
     Eigen::MatrixXd effects(groupCodes.size(), 2);
     effects << groupCodes, estimator.effects;
     model->AddResult("effects", effects);
+    if (logit) {
+      Eigen::MatrixXd acceptance(1, 2);
+      acceptance << estimator.coefficientAcceptance, estimator.effectAcceptance;
+      model->AddResult("acceptance", acceptance);
+    }
     return model;
   });
 }

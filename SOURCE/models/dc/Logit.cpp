@@ -52,6 +52,24 @@ private:
 
 }  // namespace
 
+bool FitLogitProposal(const Eigen::VectorXd& y, const Eigen::MatrixXd& X, const LinearPrior& prior,
+                      IndependenceProposal& proposal) {
+  auto derivatives = [&](const Eigen::VectorXd& b, Eigen::VectorXd& gradient, Eigen::MatrixXd& hessian) {
+    // p = 1 / (1 + exp(-index)) and log(1 + e^index), written to stay finite for large indices of
+    // either sign.
+    const Eigen::ArrayXd index = X * b;
+    const Eigen::ArrayXd e = (-index.abs()).exp();
+    const Eigen::ArrayXd prob = (index >= 0.0).select(1.0 / (1.0 + e), e / (1.0 + e));
+    gradient.noalias() = X.transpose() * (y - prob.matrix()) - prior.precision * (b - prior.mean);
+    const Eigen::ArrayXd w = prob * (1.0 - prob);
+    hessian.noalias() = -(X.transpose() * (X.array().colwise() * w).matrix());
+    hessian -= prior.precision;
+    return (y.array() * index - index.max(0.0) - e.log1p()).sum() +
+           mlik::LogNormalDensity(b, prior.mean, prior.precision);
+  };
+  return proposal.Fit(derivatives, prior.mean, kProposalDof);
+}
+
 double Logit::LogPosteriorKernel(const Eigen::VectorXd& b) const {
   KernelScratch scratch;
   return LogPosteriorKernel(b, scratch);
@@ -96,20 +114,7 @@ bool Logit::Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd& X, const Lin
   m_X = &X;
   m_prior = prior;
   const Eigen::Index k = X.cols();
-  auto derivatives = [&](const Eigen::VectorXd& b, Eigen::VectorXd& gradient, Eigen::MatrixXd& hessian) {
-    // p = 1 / (1 + exp(-index)), written to stay finite for large indices of either sign.
-    const Eigen::VectorXd index = X * b;
-    Eigen::VectorXd prob(index.size());
-    for (Eigen::Index i = 0; i < index.size(); ++i) {
-      prob(i) = index(i) >= 0.0 ? 1.0 / (1.0 + std::exp(-index(i))) : std::exp(index(i)) / (1.0 + std::exp(index(i)));
-    }
-    gradient.noalias() = X.transpose() * (y - prob) - prior.precision * (b - prior.mean);
-    const Eigen::VectorXd w = prob.array() * (1.0 - prob.array());
-    hessian.noalias() = -(X.transpose() * (X.array().colwise() * w.array()).matrix());
-    hessian -= prior.precision;
-    return LogPosteriorKernel(b);
-  };
-  if (!m_proposal.Fit(derivatives, prior.mean, kProposalDof)) {
+  if (!FitLogitProposal(y, X, prior, m_proposal)) {
     noMode = true;
     return false;
   }

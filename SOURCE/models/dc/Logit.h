@@ -53,3 +53,8 @@ private:
   LinearPrior m_prior;
   IndependenceProposal m_proposal;
 };
+
+// The t proposal (10 degrees of freedom) at the logit posterior's mode, with the inverse curvature
+// there as its scale; false when the posterior has no mode that Newton's method finds.
+bool FitLogitProposal(const Eigen::VectorXd& y, const Eigen::MatrixXd& X, const LinearPrior& prior,
+                      IndependenceProposal& proposal);
