@@ -16,7 +16,7 @@ public:
   ProbitChain(const Eigen::VectorXd& y, const Eigen::MatrixXd& X, const LinearPrior& prior, bool rescale,
               Eigen::VectorXd start, int threads)
       : m_y(y), m_X(X), m_prior(prior), m_step(X, prior), m_rescale(rescale), m_threads(threads),
-        m_b(std::move(start)), m_mean(m_b.size()), m_index(y.size()), m_z(y.size()) {}
+        m_b(std::move(start)), m_mean(m_b.size()), m_index(y.size()), m_z(y.size()), m_Xtz(m_b.size()) {}
 
   void Sweep(RandomEngine& rng) override {
     // The blocks' engines are seeded from the chain's own at its first sweep.
@@ -25,32 +25,22 @@ public:
       m_partialXtz.resize(m_b.size(), m_blocks->Count());
       m_partialSquares.resize(m_blocks->Count());
     }
-    // Block by block: the index x'b (after a rescaling, the last fit times its factor), the
-    // utilities given it, and the block's share of X'z.
+    // Block by block: the index x'b, the utilities given it, and the block's shares of X'z and z'z.
     m_blocks->Run([this](Eigen::Index block, Eigen::Index first, Eigen::Index end, RandomEngine& blockRng) {
       const Eigen::Index n = end - first;
-      auto index = m_index.segment(first, n);
-      if (m_fitScale > 0.0) {
-        index *= m_fitScale;
-      } else {
-        index.noalias() = m_X.middleRows(first, n) * m_b;
-      }
+      m_index.segment(first, n).noalias() = m_X.middleRows(first, n) * m_b;
       DrawBinaryUtilities(m_y, m_index, first, end, blockRng, m_z);
       m_partialXtz.col(block).noalias() = m_X.middleRows(first, n).transpose() * m_z.segment(first, n);
+      m_partialSquares(block) = m_z.segment(first, n).squaredNorm();
     });
-    m_step.MeanFromCrossProduct(m_partialXtz.rowwise().sum(), m_mean);
+    m_Xtz = m_partialXtz.rowwise().sum();
+    m_step.MeanFromCrossProduct(m_Xtz, m_mean);
     m_step.Draw(m_mean, rng, m_b);
-    m_fitScale = 0.0;
     if (m_rescale) {
-      // The fit X b of the new draw, kept for the next sweep, and the sum of squared residuals.
-      m_blocks->Run([this](Eigen::Index block, Eigen::Index first, Eigen::Index end, RandomEngine&) {
-        const Eigen::Index n = end - first;
-        m_index.segment(first, n).noalias() = m_X.middleRows(first, n) * m_b;
-        m_partialSquares(block) = (m_z.segment(first, n) - m_index.segment(first, n)).squaredNorm();
-      });
-      m_fitScale = ScaleGroupFactor(rng, m_partialSquares.sum() + m_b.dot(m_prior.precision * m_b),
-                                    m_y.size() + m_b.size());
-      m_b *= m_fitScale;
+      // |z - X b|^2 = z'z - 2 b'X'z + b'X'X b, without another pass over the data; with the prior's
+      // b'P b that is b'A b for A = X'X + P.
+      const double quadratic = m_partialSquares.sum() - 2.0 * m_b.dot(m_Xtz) + m_b.dot(m_step.Precision() * m_b);
+      m_b *= ScaleGroupFactor(rng, quadratic, m_y.size() + m_b.size());
     }
   }
 
@@ -72,8 +62,8 @@ private:
   std::unique_ptr<ObservationBlocks> m_blocks;
   Eigen::VectorXd m_b, m_mean, m_index, m_z;
   Eigen::MatrixXd m_partialXtz;     // k x blocks
-  Eigen::VectorXd m_partialSquares;  // per block
-  double m_fitScale = 0.0;           // > 0: m_index holds the last fit, to be scaled by it
+  Eigen::VectorXd m_partialSquares;  // per block: z'z
+  Eigen::VectorXd m_Xtz;
 
 };
 
