@@ -125,6 +125,16 @@ TEST(Logit, RecoversSimulatedCoefficientsAndAcceptsMostProposals) {
   const Eigen::MatrixXd cov = mlik::Covariance(draws);
   for (Eigen::Index j = 0; j < 3; ++j) EXPECT_NEAR(mean(j), truth(j), 4.0 * std::sqrt(cov(j, j))) << j;
   EXPECT_GT(model.acceptance, 0.7);
+
+  // The independence sampler's default derivatives (central differences of the kernel), which
+  // models without analytic ones rely on, agree with the logit's analytic ones.
+  const Eigen::Vector3d b(-0.3, 0.8, -0.2);
+  Eigen::VectorXd gradient, numericGradient;
+  Eigen::MatrixXd hessian, numericHessian;
+  const double kernel = model.Derivatives(b, gradient, hessian);
+  EXPECT_NEAR(model.IndependenceTarget::Derivatives(b, numericGradient, numericHessian), kernel, 1e-9 * std::fabs(kernel));
+  EXPECT_LT((numericGradient - gradient).norm(), 1e-4 * gradient.norm());
+  EXPECT_LT((numericHessian - hessian).norm(), 1e-4 * hessian.norm());
 }
 
 TEST(Logit, InterceptModelAgreesWithQuadrature) {

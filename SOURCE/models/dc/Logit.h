@@ -1,24 +1,23 @@
-// Logit: the binary logit model, sampled by an independence Metropolis-Hastings step.
+// Logit: the binary logit model, sampled by the shared independence Metropolis-Hastings step.
 #pragma once
 
 #include <atomic>
 #include <limits>
-#include <memory>
 
 #include <Eigen/Dense>
 
 #include "Estimator.h"
 #include "IndependenceProposal.h"
+#include "IndependenceSampler.h"
 #include "LinearPrior.h"
-#include "ObservationBlocks.h"
 
 class EventDispatcher;
 
 // P(y = 1 | x) = 1 / (1 + exp(-x'b)), b ~ N(m, P^-1) (constraints folded in). The proposal is a
-// multivariate t with 10 degrees of freedom centred at the posterior mode with the inverse
-// curvature there as its scale: the logit posterior is close to it, so nearly every proposal is
-// accepted and the draws are nearly independent. Records b.
-class Logit : public Estimator {
+// multivariate t centred at the posterior mode with the inverse curvature there as its scale: the
+// logit posterior is close to it, so nearly every proposal is accepted and the draws are nearly
+// independent. Records b.
+class Logit : public Estimator, public IndependenceTarget {
 public:
   explicit Logit(const Eigen::VectorXd& gibbs) : Estimator(gibbs) {}
 
@@ -29,29 +28,24 @@ public:
   bool Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd& X, const LinearPrior& prior,
               const EventDispatcher& out, const std::atomic<bool>* interrupt);
 
-  // log p(y | b) + log p(b).
-  double LogPosteriorKernel(const Eigen::VectorXd& b) const;
-  // The same with working space kept by the caller (a chain evaluates it every sweep); with
-  // `blocks`, the sum over the observations is taken block by block on the blocks' threads.
-  struct KernelScratch {
-    Eigen::ArrayXd index, work;
-    Eigen::VectorXd partial;
-    std::unique_ptr<ObservationBlocks> blocks;
-  };
-  // Working space whose blocks use `threads` threads.
-  KernelScratch MakeScratch(int threads) const;
-  double LogPosteriorKernel(const Eigen::VectorXd& b, KernelScratch& scratch) const;
-
   double logML = std::numeric_limits<double>::quiet_NaN();
   double logML_CJ = std::numeric_limits<double>::quiet_NaN();
   double acceptance = std::numeric_limits<double>::quiet_NaN();
   bool noMode = false;
 
+  // The posterior for the independence step.
+  Eigen::Index Observations() const override { return m_X->rows(); }
+  Eigen::Index Dimension() const override { return m_X->cols(); }
+  double BlockLogLikelihood(const Eigen::VectorXd& b, Eigen::Index first, Eigen::Index end,
+                            Workspace& workspace) const override;
+  double LogPrior(const Eigen::VectorXd& b) const override;
+  Eigen::VectorXd SearchStart() const override { return m_prior.mean; }
+  double Derivatives(const Eigen::VectorXd& b, Eigen::VectorXd& gradient, Eigen::MatrixXd& hessian) const override;
+
 private:
   const Eigen::VectorXd* m_y = nullptr;
   const Eigen::MatrixXd* m_X = nullptr;
   LinearPrior m_prior;
-  IndependenceProposal m_proposal;
 };
 
 // The t proposal (10 degrees of freedom) at the logit posterior's mode, with the inverse curvature

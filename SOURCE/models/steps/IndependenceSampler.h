@@ -14,6 +14,10 @@
 
 class EventDispatcher;
 
+// Degrees of freedom of the t proposal: heavier tails than the Normal approximation of the
+// posterior, so that the weights kernel / proposal stay bounded.
+constexpr double kIndependenceProposalDof = 10.0;
+
 // The posterior of theta (the sampler's parameterisation: unbounded, with any Jacobian of a
 // transformation already in the prior term).
 class IndependenceTarget {
@@ -43,7 +47,7 @@ public:
 
   // The parameters the model reports for theta (by default theta itself).
   virtual Eigen::Index ReportedCount() const { return Dimension(); }
-  virtual void Report(const Eigen::VectorXd& theta, Eigen::Ref<Eigen::RowVectorXd> out) const { out = theta.transpose(); }
+  virtual void Report(const Eigen::VectorXd& theta, DrawRow out) const { out = theta.transpose(); }
 
   // log-likelihood + log prior at theta, on one thread.
   double LogKernel(const Eigen::VectorXd& theta) const;
