@@ -1,0 +1,121 @@
+// The limited-dependent-variable family's interpreter: tobitI (TobitI), the censored regression.
+#include <cmath>
+#include <limits>
+#include <memory>
+
+#include "MIM_LDV.h"
+#include "ModelData.h"
+#include "ModelPriors.h"
+#include "ModelsInterpreter.h"
+#include "TobitI.h"
+
+namespace {
+
+// Vague but proper: coefficients N(0, 1/0.001) each, tau ~ Gamma(0.001, 0.001), as for lm.
+constexpr double kDefaultPrecision = 0.001;
+constexpr double kDefaultShape = 0.001;
+constexpr double kDefaultRate = 0.001;
+
+std::string Number(double value) {
+  if (std::isinf(value)) return value > 0 ? "inf" : "-inf";
+  char text[32];
+  std::snprintf(text, sizeof text, "%g", value);
+  return text;
+}
+
+// A limit option: one number, possibly infinite, never NaN.
+std::string ReadLimit(const ModelRequest& request, const std::string& name, double& limit) {
+  const auto it = request.options.numeric.find(name);
+  if (it == request.options.numeric.end()) return "OK";
+  if (it->second.size() != 1 || std::isnan(it->second(0, 0))) {
+    return "The \"" + name + "\" option of model \"" + request.keyword + "\" must be a number (inf or -inf for none).";
+  }
+  limit = it->second(0, 0);
+  return "OK";
+}
+
+std::string TobitI_Statement(const ModelRequest& request, std::unique_ptr<ModelJob>& job) {
+  if (!request.secondList.empty()) {
+    return "Model \"" + request.keyword + "\" does not take a second list of variables.";
+  }
+  std::string status = CheckOptionNames(request, {"m", "P", "a", "b", "lower", "upper"}, {"logML_CJ"});
+  if (status != "OK") return status;
+  double lower = 0.0, upper = std::numeric_limits<double>::infinity();
+  if ((status = ReadLimit(request, "lower", lower)) != "OK") return status;
+  if ((status = ReadLimit(request, "upper", upper)) != "OK") return status;
+  if (!(lower < upper) || lower == std::numeric_limits<double>::infinity() ||
+      upper == -std::numeric_limits<double>::infinity()) {
+    return "The lower limit of model \"tobitI\" (" + Number(lower) + ") must be below its upper limit (" +
+           Number(upper) + ").";
+  }
+  Eigen::VectorXd gibbs;
+  status = ModelsInterpreter::read_Gibbs(request.options.numeric, gibbs);
+  if (status != "OK") return status;
+  Eigen::MatrixXd xi(0, 0);
+  if (request.constraints.Count() > 0) {
+    status = ModelsInterpreter::CheckForRestrictions(request.options.numeric, request.constraints.Count(), xi);
+    if (status != "OK") return status;
+  }
+  ModelData data;
+  status = ExtractModelData(request, data);
+  if (status != "OK") return status;
+  // Censored values sit at their limit: a value beyond one is a mistake in the data or the limits.
+  for (Eigen::Index i = 0; i < data.y.size(); ++i) {
+    if (data.y(i) < lower || data.y(i) > upper) {
+      return "Variable \"" + request.dependent + "\" has the value " + Number(data.y(i)) + " outside the limits of model \"tobitI\" (" +
+             Number(lower) + " and " + Number(upper) + "): censored values must equal their limit.";
+    }
+  }
+  const auto k = static_cast<Eigen::Index>(request.regressors.size());
+  Eigen::VectorXd m;
+  Eigen::MatrixXd P;
+  status = ReadNormalPrior(request, "m", "P", k, kDefaultPrecision, m, P);
+  if (status != "OK") return status;
+  double a = 0.0, b = 0.0;
+  status = ReadGammaPrior(request, "a", "b", kDefaultShape, kDefaultRate, a, b);
+  if (status != "OK") return status;
+  const LinearPrior prior = LinearPrior::Combine(m, P, request.constraints.R, request.constraints.r, xi);
+  const auto chib = request.options.logical.find("logML_CJ");
+  const bool withChib = chib != request.options.logical.end() && chib->second;
+  std::vector<std::string> labels = request.labels;
+  labels.push_back("tau");
+  const std::string dependent = request.dependent;
+  Eigen::Index censored = 0;
+  for (Eigen::Index i = 0; i < data.y.size(); ++i) censored += (data.y(i) <= lower || data.y(i) >= upper) ? 1 : 0;
+  job = std::make_unique<ModelJobFunction>([=](const ModelRunContext& context) -> std::shared_ptr<Model> {
+    TobitI estimator(gibbs);
+    if (!estimator.Sample(data.y, data.X, lower, upper, prior, a, b, withChib, context.out, context.interrupt)) {
+      return nullptr;
+    }
+    auto model = std::make_shared<MIM_TobitI>();
+    model->SetDraws(estimator.Draws(), labels);
+    model->Description().typeName = "TobitI";
+    model->Description().title = "Tobit model (censored regression)";
+    model->Description().gibbs = estimator.Settings().ToVector();
+    model->Description().observations = static_cast<long>(data.y.size());
+    model->Description().observationsDropped = data.dropped;
+    model->AddResult("logML", Eigen::MatrixXd::Constant(1, 1, estimator.logML));
+    model->AddResult("logML_CJ", Eigen::MatrixXd::Constant(1, 1, estimator.logML_CJ));
+    model->AddResult("lower", Eigen::MatrixXd::Constant(1, 1, lower));
+    model->AddResult("upper", Eigen::MatrixXd::Constant(1, 1, upper));
+    model->AddResult("censored", Eigen::MatrixXd::Constant(1, 1, static_cast<double>(censored)));
+    if (censored == 0 && context.warnings) {
+      context.warnings->push_back("No observation of \"" + dependent +
+                                  "\" is at a limit of model \"tobitI\": the model is the linear one. Set the limits "
+                                  "with \"lower\" and \"upper\".");
+    }
+    return model;
+  });
+  return "OK";
+}
+
+}  // namespace
+
+// Checks a tobitI statement: options, limits, Gibbs settings, constraints, data, priors.
+std::string Intrepr_LDV1(const ModelRequest& request, std::unique_ptr<ModelJob>& job) {
+  return TobitI_Statement(request, job);
+}
+
+namespace {
+const ModelFamilyRegistration kLimitedDependent({"tobitI"}, &Intrepr_LDV1);
+}
