@@ -61,7 +61,7 @@ std::string Columns(const ModelRequest& request, const std::vector<std::string>&
 }  // namespace
 
 std::string ExtractModelData(const ModelRequest& request, ModelData& data,
-                             const std::vector<std::string>& extraVariables) {
+                             const std::vector<std::string>& extraVariables, MissingDependent missingDependent) {
   Eigen::VectorXd y;
   Eigen::MatrixXd X, Z, extra;
   std::string status = Column(request, request.dependent, y);
@@ -73,7 +73,7 @@ std::string ExtractModelData(const ModelRequest& request, ModelData& data,
   const Eigen::Index n = y.size();
   data.rows.clear();
   for (Eigen::Index i = 0; i < n; ++i) {
-    const bool complete = !std::isnan(y(i)) && !X.row(i).array().isNaN().any() &&
+    const bool complete = (missingDependent == MissingDependent::Keep || !std::isnan(y(i))) && !X.row(i).array().isNaN().any() &&
                           !Z.row(i).array().isNaN().any() && !extra.row(i).array().isNaN().any();
     if (complete) data.rows.push_back(i);
   }

@@ -19,11 +19,16 @@ struct ModelData {
   long dropped = 0;                // rows left out for missing values
 };
 
+// Whether a row with a missing dependent value is left out (most models) or kept (the selection
+// model, whose dependent variable is missing where it was not observed).
+enum class MissingDependent { LeaveOut, Keep };
+
 // Reads the request's variables from its dataset. "constant" is a column of ones unless the
 // dataset has a variable of that name. Returns "OK" or the message (a variable the dataset does
 // not have, a string variable, no complete observation).
 std::string ExtractModelData(const ModelRequest& request, ModelData& data,
-                             const std::vector<std::string>& extraVariables = {});
+                             const std::vector<std::string>& extraVariables = {},
+                             MissingDependent missingDependent = MissingDependent::LeaveOut);
 
 // The observations `keep` (positions in `data`, in order) of `data`; the count of dropped rows is
 // carried over.

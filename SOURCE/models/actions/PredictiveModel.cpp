@@ -94,6 +94,11 @@ Eigen::MatrixXd PredictiveModel::CoefficientDraws() const {
   return PooledDraws().leftCols(static_cast<Eigen::Index>(Description().regressors.size()));
 }
 
+Eigen::MatrixXd PredictiveModel::SecondListCoefficientDraws() const {
+  return PooledDraws().middleCols(static_cast<Eigen::Index>(Description().regressors.size()),
+                                  static_cast<Eigen::Index>(Description().secondList.size()));
+}
+
 std::string PredictiveModel::DescribeType(int type) const {
   return type <= Link().Types() ? Link().Describe(type) : DescribeFurther(type);
 }
@@ -120,7 +125,7 @@ std::string PredictiveModel::ReadData(const ActionContext& context, const std::s
   request.secondList = Description().secondList;
   request.dataset = context.dataset;
   request.datasetName = DatasetName();
-  const std::string status = ExtractModelData(request, data.data, ExtraVariables(*context.dataset));
+  const std::string status = ExtractModelData(request, data.data, ExtraVariables(*context.dataset), DependentValues());
   if (status != "OK") {
     return "Model " + Quoted(context.modelName) + " cannot use its dataset any more: " + status;
   }
@@ -146,7 +151,8 @@ std::string PredictiveModel::ComputeMarginalEffects(const ActionOptions& options
   if (status != "OK") return status;
   if (options.optGiven) return "Model " + Quoted(context.modelName) + " takes no \"opt\" argument.";
   const int type = static_cast<int>(options.type);
-  const std::vector<std::string>& names = Description().regressors;
+  const bool second = IndexOfSecondList(type);
+  const std::vector<std::string>& names = second ? Description().secondList : Description().regressors;
   const auto k = static_cast<Eigen::Index>(names.size());
   if (options.point == ActionOptions::Point::Given && options.pointValues.size() != k) {
     return "The \"point\" vector must hold one value for each of the " + std::to_string(k) +
@@ -162,18 +168,19 @@ std::string PredictiveModel::ComputeMarginalEffects(const ActionOptions& options
     status = ReadData(context, "mfx", data);
     if (status != "OK") return status;
   }
+  const Eigen::MatrixXd& regressorData = second ? data.data.Z : data.data.X;
   std::vector<bool> binary(static_cast<std::size_t>(k), false), constant(static_cast<std::size_t>(k), false);
-  if (data.data.X.rows() == 0) {
+  if (regressorData.rows() == 0) {
     for (Eigen::Index j = 0; j < k; ++j) constant[static_cast<std::size_t>(j)] = names[static_cast<std::size_t>(j)] == "constant";
   } else {
-    for (Eigen::Index j : ModelsInterpreter::locs_Constants(data.data.X)) constant[static_cast<std::size_t>(j)] = true;
-    for (Eigen::Index j : ModelsInterpreter::locs_Binaries(data.data.X)) {
+    for (Eigen::Index j : ModelsInterpreter::locs_Constants(regressorData)) constant[static_cast<std::size_t>(j)] = true;
+    for (Eigen::Index j : ModelsInterpreter::locs_Binaries(regressorData)) {
       if (!constant[static_cast<std::size_t>(j)]) binary[static_cast<std::size_t>(j)] = true;
     }
   }
 
   const Eigen::MatrixXd& draws = PooledDraws();
-  const Eigen::MatrixXd B = CoefficientDraws();
+  const Eigen::MatrixXd B = second ? SecondListCoefficientDraws() : CoefficientDraws();
   const Eigen::Index D = B.rows();
   Eigen::MatrixXd effects(D, k);  // one column per regressor
   std::string where;
@@ -181,7 +188,7 @@ std::string PredictiveModel::ComputeMarginalEffects(const ActionOptions& options
     // One pass over the observations: per draw, the average derivative of the quantity (column
     // 0) and the average discrete change of each binary regressor (column 1 + its position
     // among them): q(x_i'b + (1 - x_ij) b_j) - q(x_i'b - x_ij b_j).
-    const Eigen::MatrixXd& X = data.data.X;
+    const Eigen::MatrixXd& X = regressorData;
     std::vector<Eigen::Index> binaries;
     for (Eigen::Index j = 0; j < k; ++j) {
       if (binary[static_cast<std::size_t>(j)]) binaries.push_back(j);
@@ -224,10 +231,10 @@ std::string PredictiveModel::ComputeMarginalEffects(const ActionOptions& options
       x = Eigen::Map<const Eigen::VectorXd>(options.pointValues.data(), k);
       where = "at the given point";
     } else if (options.point == ActionOptions::Point::Median) {
-      for (Eigen::Index j = 0; j < k; ++j) x(j) = Median(data.data.X.col(j));
+      for (Eigen::Index j = 0; j < k; ++j) x(j) = Median(regressorData.col(j));
       where = "at the medians of the regressors";
     } else {
-      x = data.data.X.colwise().mean().transpose();
+      x = regressorData.colwise().mean().transpose();
       where = "at the means of the regressors";
     }
     const Eigen::MatrixXd index = B * x;  // D x 1
@@ -294,7 +301,8 @@ std::string PredictiveModel::ComputePredictions(const ActionOptions& options, co
   const int type = static_cast<int>(options.type);
   const bool further = type > Link().Types();
   const bool atPoints = options.point == ActionOptions::Point::Given;
-  const auto k = static_cast<Eigen::Index>(Description().regressors.size());
+  const bool second = IndexOfSecondList(type);
+  const auto k = static_cast<Eigen::Index>((second ? Description().secondList : Description().regressors).size());
   if (atPoints && further) {
     return "Predictions of type " + std::to_string(type) + " (" + DescribeType(type) +
            ") need the observations of the sample: use \"point\" = \"x_i\".";
@@ -311,9 +319,9 @@ std::string PredictiveModel::ComputePredictions(const ActionOptions& options, co
     status = ReadData(context, "predict", data);
     if (status != "OK") return status;
   }
-  const Eigen::MatrixXd& X = atPoints ? options.pointValues : data.data.X;
+  const Eigen::MatrixXd& X = atPoints ? options.pointValues : second ? data.data.Z : data.data.X;
   const Eigen::MatrixXd& draws = PooledDraws();
-  const Eigen::MatrixXd B = CoefficientDraws();
+  const Eigen::MatrixXd B = second ? SecondListCoefficientDraws() : CoefficientDraws();
   const bool complete = SummarizeObservations(X.rows(), B.rows(), [&](Eigen::Index first, Eigen::Index count, Eigen::MatrixXd& out) {
     out.noalias() = B * X.middleRows(first, count).transpose();
     if (further) {

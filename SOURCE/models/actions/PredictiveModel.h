@@ -56,6 +56,11 @@ protected:
   virtual std::string DescribeFurther(int /*type*/) const { return {}; }
   virtual void FurtherQuantity(int /*type*/, const ActionData& /*data*/, Eigen::Index /*first*/,
                                Eigen::MatrixXd& /*index*/) const {}
+  // Whether the quantity of `type` is a function of the second list's index z'g (its coefficients
+  // follow the main list's among the parameters) instead of x'b.
+  virtual bool IndexOfSecondList(int /*type*/) const { return false; }
+  // Whether the rows used include those whose dependent value is missing.
+  virtual MissingDependent DependentValues() const { return MissingDependent::LeaveOut; }
   // Variables besides the model's lists that decide which rows were used (a panel's groups).
   virtual std::vector<std::string> ExtraVariables(const Dataset& /*dataset*/) const { return {}; }
   // The series `store` offers, and the variables each one adds (name, values over the sample).
@@ -66,6 +71,8 @@ protected:
   // For families: the coefficients of the main list (pooled draws, one row per draw) and every
   // parameter's pooled draws.
   Eigen::MatrixXd CoefficientDraws() const;
+  // The second list's coefficients, which follow the main list's.
+  Eigen::MatrixXd SecondListCoefficientDraws() const;
   const Eigen::MatrixXd& PooledDraws() const;
   int Types() const { return Link().Types() + FurtherTypes(); }
   std::string DescribeType(int type) const;

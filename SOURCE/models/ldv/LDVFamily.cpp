@@ -1,4 +1,5 @@
-// The limited-dependent-variable family's interpreter: tobitI (TobitI), the censored regression.
+// The limited-dependent-variable family's interpreter: tobitI (TobitI), the censored regression, and
+// tobitII (TobitII), the sample-selection model.
 #include <cmath>
 #include <limits>
 #include <memory>
@@ -8,10 +9,12 @@
 #include "ModelPriors.h"
 #include "ModelsInterpreter.h"
 #include "TobitI.h"
+#include "TobitII.h"
 
 namespace {
 
-// Vague but proper: coefficients N(0, 1/0.001) each, tau ~ Gamma(0.001, 0.001), as for lm.
+// Vague but proper: coefficients N(0, 1/0.001) each, tau ~ Gamma(0.001, 0.001), as for lm; the
+// selection model's error covariance N(0, 1/0.001) too.
 constexpr double kDefaultPrecision = 0.001;
 constexpr double kDefaultShape = 0.001;
 constexpr double kDefaultRate = 0.001;
@@ -109,13 +112,96 @@ std::string TobitI_Statement(const ModelRequest& request, std::unique_ptr<ModelJ
   return "OK";
 }
 
+std::string TobitII_Statement(const ModelRequest& request, std::unique_ptr<ModelJob>& job) {
+  if (request.secondList.empty()) {
+    return "Model \"tobitII\" needs a selection equation: list its regressors after \"|\" "
+           "(tobitII(y ~ x1 x2 | z1 z2)).";
+  }
+  std::string status = CheckOptionNames(request, {"m", "P", "mz", "Pz", "P_cov", "a", "b"}, {"logML_CJ"});
+  if (status != "OK") return status;
+  Eigen::VectorXd gibbs;
+  status = ModelsInterpreter::read_Gibbs(request.options.numeric, gibbs);
+  if (status != "OK") return status;
+  Eigen::MatrixXd xi(0, 0);
+  if (request.constraints.Count() > 0) {
+    status = ModelsInterpreter::CheckForRestrictions(request.options.numeric, request.constraints.Count(), xi);
+    if (status != "OK") return status;
+  }
+  // Rows whose outcome is missing are the ones not selected: they stay.
+  ModelData data;
+  status = ExtractModelData(request, data, {}, MissingDependent::Keep);
+  if (status != "OK") return status;
+  const Eigen::VectorXd selected = (!data.y.array().isNaN()).cast<double>();
+  if (selected.sum() == 0.0 || selected.sum() == static_cast<double>(selected.size())) {
+    return "Variable \"" + request.dependent + "\" of model \"tobitII\" must be missing where the outcome was not " +
+           "observed and present where it was: " +
+           (selected.sum() == 0.0 ? "it is missing everywhere." : "it is missing nowhere, so there is no selection to model.");
+  }
+  const auto k = static_cast<Eigen::Index>(request.regressors.size());
+  const auto ks = static_cast<Eigen::Index>(request.secondList.size());
+  Eigen::VectorXd m, mz;
+  Eigen::MatrixXd P, Pz;
+  if ((status = ReadNormalPrior(request, "m", "P", k, kDefaultPrecision, m, P)) != "OK") return status;
+  if ((status = ReadNormalPrior(request, "mz", "Pz", ks, kDefaultPrecision, mz, Pz)) != "OK") return status;
+  double covariancePrecision = kDefaultPrecision;
+  if (const auto it = request.options.numeric.find("P_cov");
+      it != request.options.numeric.end() && !ModelsInterpreter::check_PositiveNumber(it->second, covariancePrecision)) {
+    return "The \"P_cov\" option of model \"tobitII\" must be a positive number.";
+  }
+  double a = 0.0, b = 0.0;
+  if ((status = ReadGammaPrior(request, "a", "b", kDefaultShape, kDefaultRate, a, b)) != "OK") return status;
+  // One Normal prior on (b, w, g); the constraints' columns (main list, then selection list) get
+  // a zero column for w.
+  Eigen::VectorXd mean = Eigen::VectorXd::Zero(k + 1 + ks);
+  mean.head(k) = m;
+  mean.tail(ks) = mz;
+  Eigen::MatrixXd precision = Eigen::MatrixXd::Zero(k + 1 + ks, k + 1 + ks);
+  precision.topLeftCorner(k, k) = P;
+  precision(k, k) = covariancePrecision;
+  precision.bottomRightCorner(ks, ks) = Pz;
+  const Eigen::Index rows = request.constraints.Count();
+  Eigen::MatrixXd R = Eigen::MatrixXd::Zero(rows, k + 1 + ks);
+  if (rows > 0) {
+    R.leftCols(k) = request.constraints.R.leftCols(k);
+    R.rightCols(ks) = request.constraints.R.rightCols(ks);
+  }
+  TobitII::Priors priors;
+  priors.coefficients = LinearPrior::Combine(mean, precision, R, request.constraints.r, xi);
+  priors.a = a;
+  priors.b = b;
+  const auto chib = request.options.logical.find("logML_CJ");
+  const bool withChib = chib != request.options.logical.end() && chib->second;
+  std::vector<std::string> labels = request.labels;
+  labels.insert(labels.end(), request.secondLabels.begin(), request.secondLabels.end());
+  labels.insert(labels.end(), {"sigma", "rho"});
+  job = std::make_unique<ModelJobFunction>([=](const ModelRunContext& context) -> std::shared_ptr<Model> {
+    TobitII estimator(gibbs);
+    if (!estimator.Sample(data.y, selected, data.X, data.Z, priors, withChib, context.out, context.interrupt)) {
+      return nullptr;
+    }
+    auto model = std::make_shared<MIM_TobitII>();
+    model->SetDraws(estimator.Draws(), labels);
+    model->Description().typeName = "TobitII";
+    model->Description().title = "Tobit type II model (sample selection)";
+    model->Description().gibbs = estimator.Settings().ToVector();
+    model->Description().observations = static_cast<long>(data.y.size());
+    model->Description().observationsDropped = data.dropped;
+    model->AddResult("logML", Eigen::MatrixXd::Constant(1, 1, estimator.logML));
+    model->AddResult("logML_CJ", Eigen::MatrixXd::Constant(1, 1, estimator.logML_CJ));
+    model->AddResult("selected", Eigen::MatrixXd::Constant(1, 1, selected.sum()));
+    return model;
+  });
+  return "OK";
+}
+
 }  // namespace
 
-// Checks a tobitI statement: options, limits, Gibbs settings, constraints, data, priors.
+// Checks a tobitI or tobitII statement: options, limits or selection equation, Gibbs settings,
+// constraints, data, priors.
 std::string Intrepr_LDV1(const ModelRequest& request, std::unique_ptr<ModelJob>& job) {
-  return TobitI_Statement(request, job);
+  return request.keyword == "tobitII" ? TobitII_Statement(request, job) : TobitI_Statement(request, job);
 }
 
 namespace {
-const ModelFamilyRegistration kLimitedDependent({"tobitI"}, &Intrepr_LDV1);
+const ModelFamilyRegistration kLimitedDependent({"tobitI", "tobitII"}, &Intrepr_LDV1);
 }

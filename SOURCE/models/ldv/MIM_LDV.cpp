@@ -51,6 +51,33 @@ private:
   double m_lower, m_upper;
 };
 
+// Type 1: the outcome's mean x'b; type 2: the probability of selection Phi(z'g), whose index the
+// model forms from the selection list.
+class SelectionLink : public IndexLink {
+public:
+  int Types() const override { return 2; }
+  std::string Describe(int type) const override { return type == 1 ? "E(y*|x)" : "Prob(selected|z)"; }
+  void Quantity(int type, Eigen::Ref<Eigen::MatrixXd> index, const Eigen::Ref<const Eigen::MatrixXd>&) const override {
+    if (type == 2) index = index.unaryExpr(&NormalCdf);
+  }
+  void Derivative(int type, Eigen::Ref<Eigen::MatrixXd> index, const Eigen::Ref<const Eigen::MatrixXd>&) const override {
+    if (type == 2) {
+      index = index.unaryExpr(&NormalPdf);
+    } else {
+      index.setOnes();
+    }
+  }
+};
+
+// Whether the first labels are dependent$regressor for the main list.
+bool MainLabelsHold(const ModelDescription& d, const std::vector<std::string>& labels) {
+  for (std::size_t j = 0; j < d.regressors.size(); ++j) {
+    if (j >= labels.size() || labels[j] != d.dependent + "$" + d.regressors[j]) return false;
+  }
+  return true;
+}
+
+const ModelClassRegistration kTobitII("TobitII", [] { return std::make_shared<MIM_TobitII>(); });
 const ModelClassRegistration kTobitI("TobitI", [] { return std::make_shared<MIM_TobitI>(); });
 
 }  // namespace
@@ -59,10 +86,7 @@ bool MIM_TobitI::LayoutHolds() const {
   const ModelDescription& d = Description();
   const std::vector<std::string>& labels = Labels();
   const std::size_t k = d.regressors.size();
-  if (!d.secondList.empty() || labels.size() != k + 1 || labels[k] != "tau") return false;
-  for (std::size_t j = 0; j < k; ++j) {
-    if (labels[j] != d.dependent + "$" + d.regressors[j]) return false;
-  }
+  if (!d.secondList.empty() || labels.size() != k + 1 || labels[k] != "tau" || !MainLabelsHold(d, labels)) return false;
   const double lower = ScalarResult("lower"), upper = ScalarResult("upper");
   return lower < upper && lower != std::numeric_limits<double>::infinity() &&
          upper != -std::numeric_limits<double>::infinity();
@@ -71,4 +95,20 @@ bool MIM_TobitI::LayoutHolds() const {
 const IndexLink& MIM_TobitI::Link() const {
   std::call_once(m_linkMade, [this] { m_link = std::make_unique<TobitLink>(ScalarResult("lower"), ScalarResult("upper")); });
   return *m_link;
+}
+
+bool MIM_TobitII::LayoutHolds() const {
+  const ModelDescription& d = Description();
+  const std::vector<std::string>& labels = Labels();
+  const std::size_t k = d.regressors.size(), ks = d.secondList.size();
+  if (ks == 0 || labels.size() != k + ks + 2 || !MainLabelsHold(d, labels)) return false;
+  for (std::size_t j = 0; j < ks; ++j) {
+    if (labels[k + j] != "s$" + d.secondList[j]) return false;
+  }
+  return labels[k + ks] == "sigma" && labels[k + ks + 1] == "rho";
+}
+
+const IndexLink& MIM_TobitII::Link() const {
+  static const SelectionLink link;
+  return link;
 }
