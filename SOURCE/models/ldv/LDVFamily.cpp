@@ -99,8 +99,8 @@ std::string TobitI_Statement(const ModelRequest& request, std::unique_ptr<ModelJ
     model->Description().observationsDropped = data.dropped;
     model->AddResult("logML", Eigen::MatrixXd::Constant(1, 1, estimator.logML));
     model->AddResult("logML_CJ", Eigen::MatrixXd::Constant(1, 1, estimator.logML_CJ));
-    model->AddResult("lower", Eigen::MatrixXd::Constant(1, 1, lower));
-    model->AddResult("upper", Eigen::MatrixXd::Constant(1, 1, upper));
+    model->AddResult("lower_limit", Eigen::MatrixXd::Constant(1, 1, lower));
+    model->AddResult("upper_limit", Eigen::MatrixXd::Constant(1, 1, upper));
     model->AddResult("censored", Eigen::MatrixXd::Constant(1, 1, static_cast<double>(censored)));
     if (censored == 0 && context.warnings) {
       context.warnings->push_back("No observation of \"" + dependent +

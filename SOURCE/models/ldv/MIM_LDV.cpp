@@ -87,13 +87,13 @@ bool MIM_TobitI::LayoutHolds() const {
   const std::vector<std::string>& labels = Labels();
   const std::size_t k = d.regressors.size();
   if (!d.secondList.empty() || labels.size() != k + 1 || labels[k] != "tau" || !MainLabelsHold(d, labels)) return false;
-  const double lower = ScalarResult("lower"), upper = ScalarResult("upper");
+  const double lower = ScalarResult("lower_limit"), upper = ScalarResult("upper_limit");
   return lower < upper && lower != std::numeric_limits<double>::infinity() &&
          upper != -std::numeric_limits<double>::infinity();
 }
 
 const IndexLink& MIM_TobitI::Link() const {
-  std::call_once(m_linkMade, [this] { m_link = std::make_unique<TobitLink>(ScalarResult("lower"), ScalarResult("upper")); });
+  std::call_once(m_linkMade, [this] { m_link = std::make_unique<TobitLink>(ScalarResult("lower_limit"), ScalarResult("upper_limit")); });
   return *m_link;
 }
 

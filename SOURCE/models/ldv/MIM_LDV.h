@@ -7,9 +7,9 @@
 
 #include "PredictiveModel.h"
 
-// Parameters: the coefficients, then the error precision tau; the limits are the members "lower"
-// and "upper" (-inf or inf where there is none). Predicts through x'b: type 1 the latent mean x'b,
-// 2 E(y|x), 3 E(y | x, lower < y < upper), 4 Prob(lower < y < upper | x).
+// Parameters: the coefficients, then the error precision tau; the limits are the members
+// "lower_limit" and "upper_limit" (-inf or inf where there is none). Predicts through x'b: type 1
+// the latent mean x'b, 2 E(y|x), 3 E(y | x, lower < y < upper), 4 Prob(lower < y < upper | x).
 class MIM_TobitI : public PredictiveModel {
 public:
   bool LayoutHolds() const override;
