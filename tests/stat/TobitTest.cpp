@@ -58,8 +58,8 @@ TEST(TobitI, RecoversSimulatedParametersWithOneAndTwoLimits) {
   const double sd = 0.8;
   for (const auto& [lower, upper] : {std::pair{0.0, kInf}, std::pair{0.0, 1.5}}) {
     SCOPED_TRACE(testing::Message() << "limits " << lower << ", " << upper);
-    const Sample s = Simulate(3000, truth, sd, lower, upper, 5);
-    TobitI model(Gibbs(1500, 300, 2));
+    const Sample s = Simulate(2000, truth, sd, lower, upper, 5);
+    TobitI model(Gibbs(1000, 200, 2));
     ASSERT_TRUE(model.Sample(s.y, s.X, lower, upper, Prior(3, 1e-3), 1e-3, 1e-3, false, EventDispatcher(), nullptr));
     const Eigen::MatrixXd draws = Pooled(model);
     ASSERT_EQ(draws.cols(), 4);
@@ -163,18 +163,18 @@ TobitII::Priors SelectionPriors(double precision) {
 }  // namespace
 
 // The selection model: outcome and selection coefficients, sigma and a strong correlation
-// recovered from 3,000 observations of which about 60% are selected.
+// recovered from 2,000 observations of which about 60% are selected.
 TEST(TobitII, RecoversSimulatedParameters) {
   const double sigma = 1.2, rho = 0.6;
   const Eigen::Vector2d b(1.0, 0.8);
   const Eigen::Vector3d g(0.3, 0.5, -0.9);
-  const Selection s = SimulateSelection(3000, b, g, sigma, rho, 11);
+  const Selection s = SimulateSelection(2000, b, g, sigma, rho, 11);
   const Eigen::MatrixXd& X = s.X;
   const Eigen::MatrixXd& Z = s.Z;
   const Eigen::VectorXd& y = s.y;
   const Eigen::VectorXd& selected = s.selected;
   const TobitII::Priors priors = SelectionPriors(1e-3);
-  TobitII model(Gibbs(2000, 500, 2));
+  TobitII model(Gibbs(1500, 300, 2));
   ASSERT_TRUE(model.Sample(y, selected, X, Z, priors, false, EventDispatcher(), nullptr));
   const Eigen::MatrixXd draws = Pooled(model);
   ASSERT_EQ(draws.cols(), 7);
