@@ -1,4 +1,5 @@
-// ModelData: columns by name, "constant" as ones, rows with missing values left out.
+// ModelData: columns by name, "constant" as ones, rows with missing values left out; what every
+// estimated model records of its estimation.
 #include "ModelData.h"
 
 #include <cmath>
@@ -7,6 +8,8 @@
 #include <string>
 
 #include "Dataset.h"
+#include "Estimator.h"
+#include "Model.h"
 
 namespace {
 
@@ -140,4 +143,15 @@ std::string ReadPanelGroups(const ModelRequest& request, ModelData& data, std::v
     data = std::move(kept);
   }
   return "OK";
+}
+
+void DescribeEstimate(Model& model, const std::string& typeName, const std::string& title, const Estimator& estimator,
+                      const ModelData& data, double logML, double logML_CJ) {
+  model.Description().typeName = typeName;
+  model.Description().title = title;
+  model.Description().gibbs = estimator.Settings().ToVector();
+  model.Description().observations = static_cast<long>(data.y.size());
+  model.Description().observationsDropped = data.dropped;
+  model.AddResult("logML", Eigen::MatrixXd::Constant(1, 1, logML));
+  model.AddResult("logML_CJ", Eigen::MatrixXd::Constant(1, 1, logML_CJ));
 }

@@ -41,3 +41,11 @@ std::string CheckPanel(const ModelRequest& request);
 // of first appearance. Rows whose group is missing are left out of `data` and counted as dropped.
 // Returns "OK" or the message.
 std::string ReadPanelGroups(const ModelRequest& request, ModelData& data, std::vector<int>& groups);
+
+class Estimator;
+class Model;
+
+// What every estimated model records besides its draws: its class and title, the sampler
+// settings, the observations used and left out, and both log-marginal likelihoods.
+void DescribeEstimate(Model& model, const std::string& typeName, const std::string& title, const Estimator& estimator,
+                      const ModelData& data, double logML, double logML_CJ);

@@ -31,18 +31,6 @@ bool Separated(const Eigen::VectorXd& y, const Eigen::MatrixXd& X, const Eigen::
   return true;
 }
 
-// What every model of the family records besides its draws.
-void Describe(Model& model, const char* typeName, const char* title, const Estimator& estimator, const ModelData& data,
-              double logML, double logML_CJ) {
-  model.Description().typeName = typeName;
-  model.Description().title = title;
-  model.Description().gibbs = estimator.Settings().ToVector();
-  model.Description().observations = static_cast<long>(data.y.size());
-  model.Description().observationsDropped = data.dropped;
-  model.AddResult("logML", Eigen::MatrixXd::Constant(1, 1, logML));
-  model.AddResult("logML_CJ", Eigen::MatrixXd::Constant(1, 1, logML_CJ));
-}
-
 // The job of probit_re or logit_re.
 std::unique_ptr<ModelJob> RandomEffectsJob(const ModelRequest& request, const Eigen::VectorXd& gibbs, const ModelData& data,
                                            const std::vector<int>& groups, const LinearPrior& prior, double aRe, double bRe) {
@@ -73,7 +61,7 @@ std::unique_ptr<ModelJob> RandomEffectsJob(const ModelRequest& request, const Ei
       model = std::make_shared<MIM_Probit_RE>();
     }
     model->SetDraws(estimator.Draws(), labels);
-    Describe(*model, logit ? "Logit_RE" : "Probit_RE",
+    DescribeEstimate(*model, logit ? "Logit_RE" : "Probit_RE",
              logit ? "Binary logit model with individual effects" : "Binary probit model with individual effects",
              estimator, data, estimator.logML, estimator.logML_CJ);
     Eigen::MatrixXd effects(groupCodes.size(), 2);
@@ -155,13 +143,13 @@ std::string Intrepr_DC1(const ModelRequest& request, std::unique_ptr<ModelJob>& 
       model = std::make_shared<MIM_Logit>();
       model->SetDraws(estimator.Draws(), labels);
       model->AddResult("acceptance", Eigen::MatrixXd::Constant(1, 1, estimator.acceptance));
-      Describe(*model, "Logit", "Binary logit model", estimator, data, estimator.logML, estimator.logML_CJ);
+      DescribeEstimate(*model, "Logit", "Binary logit model", estimator, data, estimator.logML, estimator.logML_CJ);
     } else {
       Probit estimator(gibbs);
       if (!estimator.Sample(data.y, data.X, prior, context.out, context.interrupt)) return nullptr;
       model = std::make_shared<MIM_Probit>();
       model->SetDraws(estimator.Draws(), labels);
-      Describe(*model, "Probit", "Binary probit model", estimator, data, estimator.logML, estimator.logML_CJ);
+      DescribeEstimate(*model, "Probit", "Binary probit model", estimator, data, estimator.logML, estimator.logML_CJ);
     }
     if (vaguePrior && context.warnings && Separated(data.y, data.X, model->Summary().mean)) {
       context.warnings->push_back("The outcomes are perfectly separated by the regressors: the data do not bound the "

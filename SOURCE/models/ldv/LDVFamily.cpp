@@ -92,13 +92,8 @@ std::string TobitI_Statement(const ModelRequest& request, std::unique_ptr<ModelJ
     }
     auto model = std::make_shared<MIM_TobitI>();
     model->SetDraws(estimator.Draws(), labels);
-    model->Description().typeName = "TobitI";
-    model->Description().title = "Tobit model (censored regression)";
-    model->Description().gibbs = estimator.Settings().ToVector();
-    model->Description().observations = static_cast<long>(data.y.size());
-    model->Description().observationsDropped = data.dropped;
-    model->AddResult("logML", Eigen::MatrixXd::Constant(1, 1, estimator.logML));
-    model->AddResult("logML_CJ", Eigen::MatrixXd::Constant(1, 1, estimator.logML_CJ));
+    DescribeEstimate(*model, "TobitI", "Tobit model (censored regression)", estimator, data, estimator.logML,
+                     estimator.logML_CJ);
     model->AddResult("lower_limit", Eigen::MatrixXd::Constant(1, 1, lower));
     model->AddResult("upper_limit", Eigen::MatrixXd::Constant(1, 1, upper));
     model->AddResult("censored", Eigen::MatrixXd::Constant(1, 1, static_cast<double>(censored)));
@@ -181,13 +176,8 @@ std::string TobitII_Statement(const ModelRequest& request, std::unique_ptr<Model
     }
     auto model = std::make_shared<MIM_TobitII>();
     model->SetDraws(estimator.Draws(), labels);
-    model->Description().typeName = "TobitII";
-    model->Description().title = "Tobit type II model (sample selection)";
-    model->Description().gibbs = estimator.Settings().ToVector();
-    model->Description().observations = static_cast<long>(data.y.size());
-    model->Description().observationsDropped = data.dropped;
-    model->AddResult("logML", Eigen::MatrixXd::Constant(1, 1, estimator.logML));
-    model->AddResult("logML_CJ", Eigen::MatrixXd::Constant(1, 1, estimator.logML_CJ));
+    DescribeEstimate(*model, "TobitII", "Tobit type II model (sample selection)", estimator, data, estimator.logML,
+                     estimator.logML_CJ);
     model->AddResult("selected", Eigen::MatrixXd::Constant(1, 1, selected.sum()));
     return model;
   });
