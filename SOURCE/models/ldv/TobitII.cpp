@@ -1,6 +1,7 @@
 // TobitII: the sampler of the sample-selection model and its marginal likelihood.
 #include "TobitII.h"
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <vector>
@@ -8,6 +9,7 @@
 #include "BinaryAugmentation.h"
 #include "Gamma.h"
 #include "MarginalLikelihood.h"
+#include "ObservationBlocks.h"
 #include "TruncatedNormal.h"
 
 namespace {
@@ -26,8 +28,8 @@ struct ReducedRun {
 class SelectionChain : public GibbsChain {
 public:
   SelectionChain(const TobitII::Data& data, const TobitII::Priors& priors, Eigen::VectorXd bw, Eigen::VectorXd g,
-                 double xiPrecision, const ReducedRun* reduced = nullptr)
-      : m_data(data), m_priors(priors), m_reduced(reduced), m_k(data.Xs.cols()), m_bw(std::move(bw)),
+                 double xiPrecision, int threads, const ReducedRun* reduced = nullptr)
+      : m_data(data), m_priors(priors), m_reduced(reduced), m_threads(threads), m_k(data.Xs.cols()), m_bw(std::move(bw)),
         m_g(std::move(g)), m_xiPrecision(xiPrecision) {
     const Eigen::Index ns = data.y.size(), nn = data.Zn.rows();
     m_utility.resize(ns);
@@ -44,20 +46,28 @@ public:
   }
 
   void Sweep(RandomEngine& rng) override {
+    const Eigen::Index ns = m_utility.size();
+    if (!m_blocks) {
+      // The blocks' engines are seeded from the chain's at its first sweep; the indices are kept
+      // from one sweep to the next as the draws change them.
+      m_blocks = std::make_unique<ObservationBlocks>(ns + m_otherUtility.size(), rng, m_threads);
+      m_selectionIndex.noalias() = m_data.Zs * m_g;
+      m_outcomeIndex.noalias() = m_data.Xs * m_bw.head(m_k);
+    }
     const double w = m_bw(m_k), xi2 = 1.0 / m_xiPrecision;
     // The selection utilities: above zero where y is observed, given y; below zero elsewhere.
-    m_selectionIndex.noalias() = m_data.Zs * m_g;
     m_otherIndex.noalias() = m_data.Zn * m_g;
-    m_outcomeIndex.noalias() = m_data.Xs * m_bw.head(m_k);
     const double total = w * w + xi2;
     const double sd = std::sqrt(xi2 / total);
-    for (Eigen::Index i = 0; i < m_utility.size(); ++i) {
-      const double mean = m_selectionIndex(i) + w * (m_data.y(i) - m_outcomeIndex(i)) / total;
-      m_utility(i) = mean + sd * dist::StandardNormalTailDraw(rng, -mean / sd);
-    }
-    for (Eigen::Index i = 0; i < m_otherUtility.size(); ++i) {
-      m_otherUtility(i) = m_otherIndex(i) - dist::StandardNormalTailDraw(rng, m_otherIndex(i));
-    }
+    m_blocks->Run([&](Eigen::Index, Eigen::Index first, Eigen::Index end, RandomEngine& blockRng) {
+      for (Eigen::Index i = first; i < std::min(end, ns); ++i) {
+        const double mean = m_selectionIndex(i) + w * (m_data.y(i) - m_outcomeIndex(i)) / total;
+        m_utility(i) = mean + sd * dist::StandardNormalTailDraw(blockRng, -mean / sd);
+      }
+      for (Eigen::Index i = std::max(first, ns); i < end; ++i) {
+        m_otherUtility(i - ns) = m_otherIndex(i - ns) - dist::StandardNormalTailDraw(blockRng, m_otherIndex(i - ns));
+      }
+    });
     // (b, w): the regression of y on [x, u] with u = s - z'g and error precision 1/xi^2.
     m_u = m_utility - m_selectionIndex;
     m_WtW.topLeftCorner(m_k, m_k) = m_data.XstXs;
@@ -92,9 +102,9 @@ public:
       m_c.noalias() -= prior.precision.bottomLeftCorner(ks, kw) * m_bw;
       if (m_reduced) m_ordinate = mlik::LogNormalDensity(m_reduced->ordinateAt, m_gllt.solve(m_c), m_precision2);
       DrawCanonicalNormal(m_gllt, m_c, rng, m_z2, m_g);
+      m_selectionIndex.noalias() = m_data.Zs * m_g;
     }
     // 1/xi^2 given the outcome errors' parts v = y - x'b - w (s - z'g).
-    m_selectionIndex.noalias() = m_data.Zs * m_g;
     m_residual += wNew * m_selectionIndex;
     m_squares = m_residual.squaredNorm();
     if (!m_reduced || !m_reduced->fixPrecision) {
@@ -124,6 +134,8 @@ private:
   const TobitII::Data& m_data;
   const TobitII::Priors& m_priors;
   const ReducedRun* m_reduced;
+  int m_threads;
+  std::unique_ptr<ObservationBlocks> m_blocks;
   Eigen::Index m_k;
   Eigen::VectorXd m_bw, m_g;
   double m_xiPrecision;
@@ -179,7 +191,8 @@ bool TobitII::Sample(const Eigen::VectorXd& y, const Eigen::VectorXd& selected, 
     const double spread = chains > 1 ? std::pow(4.0, 2.0 * c / static_cast<double>(chains - 1) - 1.0) : 1.0;
     Eigen::VectorXd bw = Eigen::VectorXd::Zero(k + 1);
     bw.head(k) = fit;
-    return std::make_unique<SelectionChain>(m_data, m_priors, bw, Eigen::VectorXd::Zero(ks), baseTau * spread);
+    return std::make_unique<SelectionChain>(m_data, m_priors, bw, Eigen::VectorXd::Zero(ks), baseTau * spread,
+                                            ObservationBlocks::ThreadsPerChain(chains));
   };
   if (!RunChains(make, static_cast<int>(k + ks + 5), out, interrupt)) return false;
   const Eigen::MatrixXd pooled = PoolDraws(k + ks + 2);
@@ -219,7 +232,8 @@ bool TobitII::Sample(const Eigen::VectorXd& y, const Eigen::VectorXd& selected, 
     settings.seed = Settings().seed + 1 + static_cast<std::uint64_t>(run);
     Estimator reduced(settings.ToVector());
     auto makeReduced = [&](int) -> std::unique_ptr<GibbsChain> {
-      return std::make_unique<SelectionChain>(m_data, m_priors, bwStar, gStar, xiPrecision, &reducedRun);
+      return std::make_unique<SelectionChain>(m_data, m_priors, bwStar, gStar, xiPrecision,
+                                              ObservationBlocks::ThreadsPerChain(1), &reducedRun);
     };
     if (!reduced.RunChains(makeReduced, 1, out, interrupt)) return false;
     std::vector<double> ordinates;
