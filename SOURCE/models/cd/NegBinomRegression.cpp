@@ -1,0 +1,113 @@
+// NegBinom: the log-likelihood block by block, the priors, the starting point and what is reported.
+#include "NegBinomRegression.h"
+
+#include <cmath>
+
+#include "IndependenceProposal.h"
+#include "MarginalLikelihood.h"
+#include "PoissonRegression.h"
+
+namespace {
+
+// Counts up to this take a sum of logs; larger ones Stirling's series.
+constexpr double kSmallCount = 32.0;
+constexpr double kHalfLog2Pi = 0.91893853320467274178;
+
+// log Gamma(x) - ((x - 1/2) log x - x + 1/2 log 2 pi): the tail of Stirling's series, for x >= 10
+// (the next term is below 1e-12 there).
+double StirlingTail(double x) {
+  const double x2 = x * x;
+  return (1.0 / 12.0 - (1.0 / 360.0 - (1.0 / 1260.0 - 1.0 / (1680.0 * x2)) / x2) / x2) / x;
+}
+
+}  // namespace
+
+double LogGammaRatio(double count, double r) {
+  if (count <= kSmallCount) {
+    double sum = 0.0;
+    for (double j = 0.0; j < count; j += 1.0) sum += std::log(r + j);
+    return sum;
+  }
+  // Shift r to x >= 10 by Gamma(r + 1) = r Gamma(r), then log Gamma(x + d) - log Gamma(x) from
+  // Stirling's series, written without the difference of two large logarithms.
+  double sum = 0.0, x = r;
+  for (; x < 10.0; x += 1.0) sum += std::log(x);
+  const double d = count - (x - r);
+  return sum + d * std::log(x + d) + (x - 0.5) * std::log1p(d / x) - d + StirlingTail(x + d) - StirlingTail(x);
+}
+
+double NegBinom::BlockLogLikelihood(const Eigen::VectorXd& theta, Eigen::Index first, Eigen::Index end,
+                                    Workspace& workspace) const {
+  // With r = 1/alpha and t = x'b + log exposure + log alpha, observation i contributes
+  // log Gamma(y + r) - log Gamma(r) - log y! + y t - (y + r) log(1 + e^t). The Gamma ratio depends
+  // on the count alone, so it is summed over the runs of equal counts; log(1 + e^t) is written to
+  // stay finite for any t.
+  const Eigen::Index n = end - first, k = m_data->X.cols();
+  const double logAlpha = theta(k), r = std::exp(-logAlpha);
+  auto index = workspace.index.segment(first, n);
+  auto work = workspace.work.segment(first, n);
+  index.matrix().noalias() = m_data->X.middleRows(first, n) * theta.head(k);
+  if (m_data->offset.size() > 0) index += m_data->offset.array().segment(first, n);
+  index += logAlpha;
+  work = index.max(0.0) + (-index.abs()).exp().log1p();
+  const auto y = m_data->y.array().segment(first, n);
+  double sum = (y * index - (y + r) * work).sum() - m_data->LogFactorials(first, end);
+  m_data->ForEachRun(first, end, [&](double count, double observations) {
+    if (count > 0.0) sum += observations * LogGammaRatio(count, r);
+  });
+  return sum;
+}
+
+double NegBinom::LogPrior(const Eigen::VectorXd& theta) const {
+  const Eigen::Index k = m_data->X.cols();
+  const double logAlpha = theta(k);
+  // The Gamma density of alpha times the Jacobian d alpha / d log alpha = alpha.
+  return mlik::LogNormalDensity(theta.head(k), m_prior.mean, m_prior.precision) + m_alphaPriorConstant +
+         m_shape * logAlpha - m_rate * std::exp(logAlpha);
+}
+
+Eigen::VectorXd NegBinom::SearchStart() const {
+  const Eigen::Index k = m_data->X.cols();
+  Eigen::VectorXd theta(k + 1);
+  theta.head(k) = m_data->LogLinearStart(m_prior);
+  IndependenceProposal poisson;
+  auto derivatives = [&](const Eigen::VectorXd& b, Eigen::VectorXd& gradient, Eigen::MatrixXd& hessian) {
+    return PoissonPosteriorDerivatives(*m_data, m_prior, b, gradient, hessian);
+  };
+  if (poisson.Fit(derivatives, theta.head(k), kIndependenceProposalDof)) theta.head(k) = poisson.Mode();
+  // alpha from e^-6 to e^3: the Newton steps from there stay where the curvature is negative.
+  double best = -std::numeric_limits<double>::infinity(), bestLogAlpha = 0.0;
+  for (double logAlpha = -6.0; logAlpha <= 3.0; logAlpha += 0.5) {
+    theta(k) = logAlpha;
+    const double value = LogKernel(theta);
+    if (value > best) {
+      best = value;
+      bestLogAlpha = logAlpha;
+    }
+  }
+  theta(k) = bestLogAlpha;
+  return theta;
+}
+
+void NegBinom::Report(const Eigen::VectorXd& theta, DrawRow out) const {
+  const Eigen::Index k = m_data->X.cols();
+  out.head(k) = theta.head(k).transpose();
+  out(k) = std::exp(theta(k));
+}
+
+bool NegBinom::Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd& X, const Eigen::VectorXd& exposure,
+                      const LinearPrior& prior, double alphaShape, double alphaRate, const EventDispatcher& out,
+                      const std::atomic<bool>* interrupt) {
+  m_data.emplace(y, X, exposure, true);
+  m_prior = prior;
+  m_shape = alphaShape;
+  m_rate = alphaRate;
+  m_alphaPriorConstant = m_shape * std::log(m_rate) - std::lgamma(m_shape);
+  IndependenceResult result;
+  const bool sampled = SampleIndependence(*this, *this, out, interrupt, result);
+  noMode = result.noMode;
+  acceptance = result.acceptance;
+  logML = result.logML;
+  logML_CJ = result.logML_CJ;
+  return sampled;
+}
