@@ -46,10 +46,16 @@ double NegBinom::BlockLogLikelihood(const Eigen::VectorXd& theta, Eigen::Index f
   const double logAlpha = theta(k), r = std::exp(-logAlpha);
   auto index = workspace.index.segment(first, n);
   auto work = workspace.work.segment(first, n);
+  auto sum1 = workspace.extra.segment(first, n);
   index.matrix().noalias() = m_data->X.middleRows(first, n) * theta.head(k);
   if (m_data->offset.size() > 0) index += m_data->offset.array().segment(first, n);
   index += logAlpha;
-  work = index.max(0.0) + (-index.abs()).exp().log1p();
+  // log(1 + e^t) = max(t, 0) + log1p(e) with e = e^-|t| in (0, 1]. Eigen's log1p is not
+  // vectorised, so log1p(e) is log(u) + (e - (u - 1)) / u with u = 1 + e rounded: the second term
+  // puts back what the rounding of u lost, which keeps tiny e exact.
+  work = (-index.abs()).exp();
+  sum1 = 1.0 + work;
+  work = index.max(0.0) + sum1.log() + (work - (sum1 - 1.0)) / sum1;
   const auto y = m_data->y.array().segment(first, n);
   double sum = (y * index - (y + r) * work).sum() - m_data->LogFactorials(first, end);
   m_data->ForEachRun(first, end, [&](double count, double observations) {
