@@ -66,15 +66,15 @@ void ExpectRecovered(const Eigen::MatrixXd& draws, const Eigen::VectorXd& truth)
 
 TEST(Poisson, RecoversSimulatedCoefficientsWithExposure) {
   const Eigen::Vector3d truth(0.3, 0.5, -0.4);
-  // 3,000 observations: the likelihood is summed in several blocks.
-  const Sample s = Simulate(3000, truth, 0.0, 31);
-  Poisson model(Gibbs(1500, 200, 2));
+  // 2,000 observations: the likelihood is summed in two blocks.
+  const Sample s = Simulate(2000, truth, 0.0, 31);
+  Poisson model(Gibbs(1000, 200, 2));
   ASSERT_TRUE(model.Sample(s.y, s.X, s.exposure, Prior(3, 1e-3), EventDispatcher(), nullptr));
   ExpectRecovered(Pooled(model), truth);
   EXPECT_GT(model.acceptance, 0.8);
 
   // Without the exposure the intercept absorbs log E(exposure), about 0.22: the offset is used.
-  Poisson without(Gibbs(500, 100, 1));
+  Poisson without(Gibbs(300, 50, 1));
   ASSERT_TRUE(without.Sample(s.y, s.X, Eigen::VectorXd(), Prior(3, 1e-3), EventDispatcher(), nullptr));
   EXPECT_GT(Pooled(without).col(0).mean() - Pooled(model).col(0).mean(), 0.1);
 
@@ -91,8 +91,8 @@ TEST(Poisson, RecoversSimulatedCoefficientsWithExposure) {
 TEST(NegBinom, RecoversSimulatedCoefficientsAndDispersion) {
   const Eigen::Vector3d b(0.8, 0.5, -0.4);
   const double alpha = 0.6;
-  const Sample s = Simulate(3000, b, alpha, 37);
-  NegBinom model(Gibbs(1500, 200, 2));
+  const Sample s = Simulate(2000, b, alpha, 37);
+  NegBinom model(Gibbs(1000, 200, 2));
   ASSERT_TRUE(model.Sample(s.y, s.X, s.exposure, Prior(3, 1e-3), 1.0, 0.1, EventDispatcher(), nullptr));
   Eigen::Vector4d truth;
   truth << b, alpha;
