@@ -61,19 +61,6 @@ std::string CheckExposure(const ModelRequest& request, const std::string& name, 
   return "OK";
 }
 
-// What every model of the family records besides its draws.
-void Describe(Model& model, const char* typeName, const std::string& title, const Estimator& estimator,
-              const ModelData& data, double logML, double logML_CJ, double acceptance) {
-  model.Description().typeName = typeName;
-  model.Description().title = title;
-  model.Description().gibbs = estimator.Settings().ToVector();
-  model.Description().observations = static_cast<long>(data.y.size());
-  model.Description().observationsDropped = data.dropped;
-  model.AddResult("logML", Eigen::MatrixXd::Constant(1, 1, logML));
-  model.AddResult("logML_CJ", Eigen::MatrixXd::Constant(1, 1, logML_CJ));
-  model.AddResult("acceptance", Eigen::MatrixXd::Constant(1, 1, acceptance));
-}
-
 std::string NoModeMessage(const std::string& keyword) {
   return "The posterior of model \"" + keyword +
          "\" has no mode that the sampler can find: the log-likelihood overflows or does not bound the "
@@ -151,8 +138,8 @@ std::string Intrepr_CD1(const ModelRequest& request, std::unique_ptr<ModelJob>& 
       model = std::make_shared<MIM_NegBinom>();
       model->SetDraws(estimator.Draws(), labels);
       acceptance = estimator.acceptance;
-      Describe(*model, "NegBinom", MIM_CountModel::Title("Negative binomial regression model", exposureName),
-               estimator, data, estimator.logML, estimator.logML_CJ, acceptance);
+      DescribeEstimate(*model, "NegBinom", MIM_CountModel::Title("Negative binomial regression model", exposureName),
+                       estimator, data, estimator.logML, estimator.logML_CJ);
     } else {
       Poisson estimator(gibbs);
       if (!estimator.Sample(data.y, data.X, exposure, prior, context.out, context.interrupt)) {
@@ -162,9 +149,10 @@ std::string Intrepr_CD1(const ModelRequest& request, std::unique_ptr<ModelJob>& 
       model = std::make_shared<MIM_Poisson>();
       model->SetDraws(estimator.Draws(), labels);
       acceptance = estimator.acceptance;
-      Describe(*model, "Poisson", MIM_CountModel::Title("Poisson regression model", exposureName), estimator, data,
-               estimator.logML, estimator.logML_CJ, acceptance);
+      DescribeEstimate(*model, "Poisson", MIM_CountModel::Title("Poisson regression model", exposureName), estimator,
+                       data, estimator.logML, estimator.logML_CJ);
     }
+    model->AddResult("acceptance", Eigen::MatrixXd::Constant(1, 1, acceptance));
     WarnIfLowAcceptance(context, keyword, acceptance);
     return model;
   });
