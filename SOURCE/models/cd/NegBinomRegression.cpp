@@ -20,6 +20,38 @@ double StirlingTail(double x) {
   return (1.0 / 12.0 - (1.0 / 360.0 - (1.0 / 1260.0 - 1.0 / (1680.0 * x2)) / x2) / x2) / x;
 }
 
+// The first two derivatives in r of log Gamma(count + r) - log Gamma(r): digamma(count + r) -
+// digamma(r) and trigamma(count + r) - trigamma(r), as sums for small counts, otherwise after the
+// shift of r to x >= 10 from the asymptotic series (their next terms are below 1e-12 there).
+void GammaRatioDerivatives(double count, double r, double& first, double& second) {
+  first = second = 0.0;
+  if (count <= kSmallCount) {
+    for (double j = 0.0; j < count; j += 1.0) {
+      const double inverse = 1.0 / (r + j);
+      first += inverse;
+      second -= inverse * inverse;
+    }
+    return;
+  }
+  double x = r;
+  for (; x < 10.0; x += 1.0) {
+    first += 1.0 / x;
+    second -= 1.0 / (x * x);
+  }
+  const double d = count - (x - r), z = x + d;
+  // digamma(z) - log z and trigamma(z) for z >= 10.
+  auto digammaTail = [](double z) {
+    const double z2 = 1.0 / (z * z);
+    return -0.5 / z - z2 * (1.0 / 12.0 - z2 * (1.0 / 120.0 - z2 * (1.0 / 252.0 - z2 / 240.0)));
+  };
+  auto trigamma = [](double z) {
+    const double z2 = 1.0 / (z * z);
+    return (1.0 + (0.5 + (1.0 / 6.0 - z2 * (1.0 / 30.0 - z2 * (1.0 / 42.0 - z2 / 30.0))) / z) / z) / z;
+  };
+  first += std::log1p(d / x) + digammaTail(z) - digammaTail(x);
+  second += trigamma(z) - trigamma(x);
+}
+
 }  // namespace
 
 double LogGammaRatio(double count, double r) {
@@ -93,6 +125,45 @@ Eigen::VectorXd NegBinom::SearchStart() const {
   }
   theta(k) = bestLogAlpha;
   return theta;
+}
+
+double NegBinom::Derivatives(const Eigen::VectorXd& theta, Eigen::VectorXd& gradient, Eigen::MatrixXd& hessian) const {
+  // In t = x'b + log exposure + log alpha, with s = 1 / (1 + e^-t) and r = 1/alpha, observation i
+  // gives d/dt = y - (y + r) s and d2/dt2 = -(y + r) s (1 - s); log alpha moves t and r = e^-log alpha
+  // both, which adds r log(1 + e^t) and the Gamma ratio's -r digamma difference to its derivative.
+  const Eigen::Index k = m_data->X.cols(), n = m_data->Size();
+  const double logAlpha = theta(k), r = std::exp(-logAlpha);
+  Eigen::ArrayXd t = m_data->X * theta.head(k);
+  if (m_data->offset.size() > 0) t += m_data->offset.array();
+  t += logAlpha;
+  const Eigen::ArrayXd e = (-t.abs()).exp();
+  const Eigen::ArrayXd softplus = t.max(0.0) + e.log1p();
+  const Eigen::ArrayXd s = (t >= 0.0).select(1.0 / (1.0 + e), e / (1.0 + e));
+  const Eigen::ArrayXd y = m_data->y.array();
+  const Eigen::ArrayXd dt = y - (y + r) * s;
+  const Eigen::ArrayXd dtt = -(y + r) * e / (1.0 + e).square();
+  double logLikelihood = (y * t - (y + r) * softplus).sum() - m_data->LogFactorials(0, n);
+  double dAlpha = (dt + r * softplus).sum();
+  double dAlphaAlpha = (dtt + 2.0 * r * s - r * softplus).sum();
+  m_data->ForEachRun(0, n, [&](double count, double observations) {
+    if (count == 0.0) return;
+    double first = 0.0, second = 0.0;
+    GammaRatioDerivatives(count, r, first, second);
+    logLikelihood += observations * LogGammaRatio(count, r);
+    dAlpha -= observations * r * first;
+    dAlphaAlpha += observations * (r * first + r * r * second);
+  });
+  gradient.resize(k + 1);
+  hessian.resize(k + 1, k + 1);
+  gradient.head(k).noalias() = m_data->X.transpose() * dt.matrix() - m_prior.precision * (theta.head(k) - m_prior.mean);
+  gradient(k) = dAlpha + m_shape - m_rate * std::exp(logAlpha);
+  Eigen::MatrixXd block = -m_prior.precision;
+  block.selfadjointView<Eigen::Lower>().rankUpdate((m_data->X.array().colwise() * (-dtt).sqrt()).matrix().transpose(), -1.0);
+  hessian.topLeftCorner(k, k) = block.selfadjointView<Eigen::Lower>();
+  hessian.col(k).head(k).noalias() = m_data->X.transpose() * (dtt + r * s).matrix();
+  hessian.row(k).head(k) = hessian.col(k).head(k).transpose();
+  hessian(k, k) = dAlphaAlpha - m_rate * std::exp(logAlpha);
+  return logLikelihood + LogPrior(theta);
 }
 
 void NegBinom::Report(const Eigen::VectorXd& theta, DrawRow out) const {

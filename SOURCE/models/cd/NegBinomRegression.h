@@ -35,7 +35,7 @@ public:
   double acceptance = std::numeric_limits<double>::quiet_NaN();
   bool noMode = false;
 
-  // The posterior for the independence step (derivatives by central differences).
+  // The posterior for the independence step.
   Eigen::Index Observations() const override { return m_data->Size(); }
   Eigen::Index Dimension() const override { return m_data->X.cols() + 1; }
   double BlockLogLikelihood(const Eigen::VectorXd& theta, Eigen::Index first, Eigen::Index end,
@@ -43,6 +43,7 @@ public:
   double LogPrior(const Eigen::VectorXd& theta) const override;
   // The mode of the Poisson model's posterior for b, and the best log alpha on a grid given it.
   Eigen::VectorXd SearchStart() const override;
+  double Derivatives(const Eigen::VectorXd& theta, Eigen::VectorXd& gradient, Eigen::MatrixXd& hessian) const override;
   void Report(const Eigen::VectorXd& theta, DrawRow out) const override;
 
 private:
