@@ -55,7 +55,7 @@ void RunPeer(const char* program, const char* model, const Eigen::VectorXd& y, c
              double tavixEssPerSecond) {
   double seconds = 0.0, ess = 0.0;
   if (!RunPeerScript(program, "count_models.R", y, X, model, seconds, ess)) return;
-  std::printf("| MCMCpack %s | %.2f | %.0f | %.0f | Tavix/MCMCpack ESS/s: %.1f |\n", model, seconds, ess, ess / seconds,
+  std::printf("| MCMCpack %s | %.2f | %.0f | %.3g | Tavix/MCMCpack ESS/s: %.1f |\n", model, seconds, ess, ess / seconds,
               tavixEssPerSecond / (ess / seconds));
 }
 

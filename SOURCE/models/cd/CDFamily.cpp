@@ -41,7 +41,7 @@ std::string CheckCounts(const ModelRequest& request, const ModelData& data) {
 
 // The exposure variable's name ("OK" and empty when there is none), or the message.
 std::string ReadExposure(const ModelRequest& request, std::string& exposure) {
-  if (request.options.numeric.count("exposure")) {
+  if (request.options.numeric.count("exposure") || request.options.logical.count("exposure")) {
     return "The option \"exposure\" of model \"" + request.keyword +
            "\" names a variable of the dataset: give the name as a string, \"exposure\" = \"t\".";
   }
