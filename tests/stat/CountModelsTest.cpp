@@ -119,7 +119,7 @@ TEST(NegBinom, LogLikelihoodIsTheSumOfLogProbabilities) {
   }
   NegBinom model(Gibbs(20, 0, 1));
   ASSERT_TRUE(model.Sample(y, X, exposure, Prior(2, 1e-3), 1.0, 0.1, EventDispatcher(), nullptr));
-  for (double logAlpha : {-14.0, -2.0, 0.0, 2.5}) {
+  for (double logAlpha : {-14.0, -3.0, -2.0, 0.0, 2.5}) {  // r = 1/alpha from 1.2e6 to 0.08
     const Eigen::Vector3d theta(2.4, 0.9, logAlpha);
     const double r = std::exp(-logAlpha);
     double expected = 0.0;

@@ -11,7 +11,6 @@ namespace {
 
 // Counts up to this take a sum of logs; larger ones Stirling's series.
 constexpr double kSmallCount = 32.0;
-constexpr double kHalfLog2Pi = 0.91893853320467274178;
 
 // log Gamma(x) - ((x - 1/2) log x - x + 1/2 log 2 pi): the tail of Stirling's series, for x >= 10
 // (the next term is below 1e-12 there).
