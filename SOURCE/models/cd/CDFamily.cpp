@@ -124,8 +124,8 @@ std::string Intrepr_CD1(const ModelRequest& request, std::unique_ptr<ModelJob>& 
   }
 
   const std::string keyword = request.keyword;
-  std::vector<std::string> labels = request.labels;
-  job = std::make_unique<ModelJobFunction>([=](const ModelRunContext& context) mutable -> std::shared_ptr<Model> {
+  const std::vector<std::string> labels = request.labels;
+  job = std::make_unique<ModelJobFunction>([=](const ModelRunContext& context) -> std::shared_ptr<Model> {
     std::shared_ptr<Model> model;
     double acceptance = 0.0;
     if (negativeBinomial) {
@@ -134,9 +134,10 @@ std::string Intrepr_CD1(const ModelRequest& request, std::unique_ptr<ModelJob>& 
         if (estimator.noMode) throw EstimationRefused(NoModeMessage(keyword));
         return nullptr;
       }
-      labels.push_back("alpha");
+      std::vector<std::string> parameters = labels;
+      parameters.push_back("alpha");
       model = std::make_shared<MIM_NegBinom>();
-      model->SetDraws(estimator.Draws(), labels);
+      model->SetDraws(estimator.Draws(), parameters);
       acceptance = estimator.acceptance;
       DescribeEstimate(*model, "NegBinom", MIM_CountModel::Title("Negative binomial regression model", exposureName),
                        estimator, data, estimator.logML, estimator.logML_CJ);
