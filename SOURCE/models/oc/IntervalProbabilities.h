@@ -61,10 +61,17 @@ struct LogisticInterval {
   static double Density(double x) { return std::exp(LogDensity(x)); }
   static double DensitySlope(double x) { return 1.0 - 2.0 * Cdf(x); }
 
-  // F(u) - F(l) = F(u) (1 - F(l)) (1 - e^(l - u)): three factors without cancellation.
+  // Usually the difference itself, taken in the tail where both bounds lie (F(-l) - F(-u) when
+  // both are positive), which keeps its relative accuracy there; over short intervals and far in
+  // the tails F(u) (1 - F(l)) (1 - e^(l - u)), three factors without cancellation, in logs.
   static double LogInterval(double l, double u) {
     if (l == -kInf) return LogCdf(u);
     if (u == kInf) return LogCdf(-l);
+    if (u - l > 1e-6 && l > -30.0 && u < 30.0) {
+      const double difference = l > 0.0 ? 1.0 / (1.0 + std::exp(l)) - 1.0 / (1.0 + std::exp(u))
+                                         : 1.0 / (1.0 + std::exp(-u)) - 1.0 / (1.0 + std::exp(-l));
+      return std::log(difference);
+    }
     return LogCdf(u) + LogCdf(-l) + Log1mExp(l - u);
   }
 };
