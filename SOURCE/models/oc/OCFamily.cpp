@@ -67,6 +67,22 @@ Eigen::Index InterceptColumn(const Eigen::MatrixXd& X) {
   return -1;
 }
 
+// Whether the index at the posterior mean puts every observation inside its category's interval
+// between the mean cut-points: the data are then separated, and the likelihood alone would send the
+// coefficients and cut-points to infinity.
+bool Separated(const Eigen::VectorXi& y, const Eigen::MatrixXd& X, bool firstFixed, const Eigen::VectorXd& mean) {
+  const Eigen::Index k = X.cols();
+  Eigen::VectorXd cuts(mean.size() - k + (firstFixed ? 1 : 0));
+  if (firstFixed) cuts(0) = 0.0;
+  cuts.tail(mean.size() - k) = mean.tail(mean.size() - k);
+  const Eigen::VectorXd index = X * mean.head(k);
+  for (Eigen::Index i = 0; i < y.size(); ++i) {
+    const int j = y(i);
+    if ((j > 0 && index(i) <= cuts(j - 1)) || (j < cuts.size() && index(i) > cuts(j))) return false;
+  }
+  return true;
+}
+
 }  // namespace
 
 // Checks an oprobit or ologit statement: options, Gibbs settings, constraints, the category codes
@@ -118,6 +134,8 @@ std::string Intrepr_OC1(const ModelRequest& request, std::unique_ptr<ModelJob>& 
   const double lowest = data.y.minCoeff();
   const Eigen::VectorXd codes = Eigen::VectorXd::LinSpaced(categories, lowest, lowest + categories - 1);
   const bool logit = request.keyword == "ologit";
+  const bool vaguePrior = !request.options.numeric.count("m") && !request.options.numeric.count("P") &&
+                          !request.options.numeric.count("m_cut") && !request.options.numeric.count("P_cut");
   job = std::make_unique<ModelJobFunction>([=](const ModelRunContext& context) -> std::shared_ptr<Model> {
     std::unique_ptr<OrderedChoice> estimator;
     std::shared_ptr<Model> model;
@@ -146,6 +164,12 @@ std::string Intrepr_OC1(const ModelRequest& request, std::unique_ptr<ModelJob>& 
     model->AddResult("logML_CJ", Eigen::MatrixXd::Constant(1, 1, estimator->logML_CJ));
     model->AddResult("acceptance", Eigen::MatrixXd::Constant(1, 1, estimator->acceptance));
     model->AddResult("categories", codes);
+    if (vaguePrior && context.warnings && Separated(y, data.X, intercept >= 0, model->Summary().mean)) {
+      context.warnings->push_back("The categories are perfectly separated by the regressors: the data do not bound the "
+                                  "coefficients and cut-points, which the vague default priors then decide (and the "
+                                  "draws mix slowly). Give stronger priors with \"P\" and \"P_cut\", or drop the "
+                                  "regressor that separates them.");
+    }
     return model;
   });
   return "OK";
