@@ -33,6 +33,16 @@ struct NormalInterval {
   // f'(x) / f(x).
   static double DensitySlope(double x) { return -x; }
 
+  // F(u) - F(l) where it keeps its relative accuracy (as LogInterval computes it there); 0 over
+  // very short intervals and where it would underflow.
+  static double Interval(double l, double u) {
+    if (l == -kInf) return 0.5 * std::erfc(-u * kInvSqrt2);
+    if (u == kInf) return 0.5 * std::erfc(l * kInvSqrt2);
+    if (u - l < 1e-7) return 0.0;
+    return l > 0.0 ? 0.5 * (std::erfc(l * kInvSqrt2) - std::erfc(u * kInvSqrt2))
+                   : 0.5 * (std::erfc(-u * kInvSqrt2) - std::erfc(-l * kInvSqrt2));
+  }
+
   // l < u; either may be infinite. Differences are taken in the tail where both bounds lie, where
   // erfc keeps its relative accuracy; beyond 30 standard deviations, in logs; over very short
   // intervals, as density times width.
@@ -61,19 +71,53 @@ struct LogisticInterval {
   static double Density(double x) { return std::exp(LogDensity(x)); }
   static double DensitySlope(double x) { return 1.0 - 2.0 * Cdf(x); }
 
+  // F(u) - F(l) where it keeps its relative accuracy (as LogInterval computes it there); 0 over
+  // very short intervals and far in the tails.
+  static double Interval(double l, double u) {
+    if (l == -kInf) return 1.0 / (1.0 + std::exp(-u));
+    if (u == kInf) return 1.0 / (1.0 + std::exp(l));
+    if (!(u - l > 1e-6 && l > -30.0 && u < 30.0)) return 0.0;
+    return l > 0.0 ? 1.0 / (1.0 + std::exp(l)) - 1.0 / (1.0 + std::exp(u))
+                   : 1.0 / (1.0 + std::exp(-u)) - 1.0 / (1.0 + std::exp(-l));
+  }
+
   // Usually the difference itself, taken in the tail where both bounds lie (F(-l) - F(-u) when
   // both are positive), which keeps its relative accuracy there; over short intervals and far in
   // the tails F(u) (1 - F(l)) (1 - e^(l - u)), three factors without cancellation, in logs.
   static double LogInterval(double l, double u) {
     if (l == -kInf) return LogCdf(u);
     if (u == kInf) return LogCdf(-l);
-    if (u - l > 1e-6 && l > -30.0 && u < 30.0) {
-      const double difference = l > 0.0 ? 1.0 / (1.0 + std::exp(l)) - 1.0 / (1.0 + std::exp(u))
-                                         : 1.0 / (1.0 + std::exp(-u)) - 1.0 / (1.0 + std::exp(-l));
-      return std::log(difference);
-    }
+    if (u - l > 1e-6 && l > -30.0 && u < 30.0) return std::log(Interval(l, u));
     return LogCdf(u) + LogCdf(-l) + Log1mExp(l - u);
   }
+};
+
+// The sum of the log probabilities of intervals, kept as a product (its mantissa rescaled now and
+// then, its binary exponent counted) where Interval gives the probability, which saves a log per
+// term; other terms are added in logs.
+class LogProbabilitySum {
+public:
+  template <class Distribution>
+  void Add(double l, double u) {
+    const double p = Distribution::Interval(l, u);
+    if (p > 1e-150) {
+      // The product stays at least 1e-150 before each factor, so it never underflows.
+      m_product *= p;
+      if (m_product < 1e-150) {
+        int exponent = 0;
+        m_product = std::frexp(m_product, &exponent);
+        m_exponent += exponent;
+      }
+    } else {
+      m_logs += Distribution::LogInterval(l, u);
+    }
+  }
+  double Value() const { return m_logs + std::log(m_product) + m_exponent * 0.69314718055994530942; }
+
+private:
+  double m_product = 1.0;
+  long m_exponent = 0;
+  double m_logs = 0.0;
 };
 
 // The interval's log probability and its derivatives, for either distribution.

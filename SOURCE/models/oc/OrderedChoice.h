@@ -64,12 +64,12 @@ protected:
     m_cuts.All(theta.tail(m_cuts.Free()), bounds.data() + 1);
     bounds[static_cast<std::size_t>(m_cuts.Categories())] = oc::kInf;
     const int* y = m_y->data() + first;
-    double sum = 0.0;
+    oc::LogProbabilitySum sum;
     for (Eigen::Index i = 0; i < n; ++i) {
       const auto j = static_cast<std::size_t>(y[i]);
-      sum += Distribution::LogInterval(bounds[j] - index(i), bounds[j + 1] - index(i));
+      sum.Add<Distribution>(bounds[j] - index(i), bounds[j + 1] - index(i));
     }
-    return sum;
+    return sum.Value();
   }
   // The interval's log probability and derivatives, and the quantile function, for e.
   virtual oc::IntervalScores Scores(double l, double u) const = 0;
