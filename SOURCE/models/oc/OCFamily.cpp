@@ -155,13 +155,8 @@ std::string Intrepr_OC1(const ModelRequest& request, std::unique_ptr<ModelJob>& 
       return nullptr;
     }
     model->SetDraws(estimator->Draws(), labels);
-    model->Description().typeName = logit ? "OrderedLogit" : "OrderedProbit";
-    model->Description().title = logit ? "Ordered logit model" : "Ordered probit model";
-    model->Description().gibbs = estimator->Settings().ToVector();
-    model->Description().observations = static_cast<long>(data.y.size());
-    model->Description().observationsDropped = data.dropped;
-    model->AddResult("logML", Eigen::MatrixXd::Constant(1, 1, estimator->logML));
-    model->AddResult("logML_CJ", Eigen::MatrixXd::Constant(1, 1, estimator->logML_CJ));
+    DescribeEstimate(*model, logit ? "OrderedLogit" : "OrderedProbit", logit ? "Ordered logit model" : "Ordered probit model",
+                     *estimator, data, estimator->logML, estimator->logML_CJ);
     model->AddResult("acceptance", Eigen::MatrixXd::Constant(1, 1, estimator->acceptance));
     model->AddResult("categories", codes);
     if (vaguePrior && context.warnings && Separated(y, data.X, intercept >= 0, model->Summary().mean)) {
