@@ -49,8 +49,6 @@ public:
   // b, then the free cut-points.
   void Report(const Eigen::VectorXd& theta, DrawRow out) const override;
 
-  const CutPoints& Cuts() const { return m_cuts; }
-
 protected:
   // The block's log-likelihood for the distribution of e.
   template <class Distribution>
