@@ -258,7 +258,9 @@ TEST(ModelDiagnostics, ClosingLineNamesTheParametersThatFail) {
   bool after = false;
   for (const std::string& line : Lines(many)) {
     after = after || line.rfind("Check the convergence of:", 0) == 0;
-    if (after) EXPECT_LE(line.size(), 99u) << line;
+    if (after) {
+      EXPECT_LE(line.size(), 99u) << line;
+    }
   }
 
   const std::string good = FormatDiagnostics({Chain(rng, 2000, 0.0, 0.0), Chain(rng, 2000, 0.0, 0.0)}, {"a", "b"});
