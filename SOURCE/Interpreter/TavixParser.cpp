@@ -18,8 +18,12 @@ void TavixParser::RunIfExecuting(const Statement& statement, bool execute) {
   if (Executing(execute)) m_context.Run(statement);
 }
 
-// program: statement_list
-void TavixParser::program() { statement_list(true); }
+// program: statement_list EOF. A token that starts no statement (a stray end, an operator) ends the
+// list; at the top level that is an incomplete statement, not the end of the run.
+void TavixParser::program() {
+  statement_list(true);
+  if (LA(1) != tok::END_OF_INPUT) NoViableAlt();
+}
 
 // statement_list: statement*
 TavixParser::NestingGuard::NestingGuard(TavixParser& parser) : m_parser(parser) {

@@ -66,11 +66,15 @@ TEST(TavixParser, AStatementThatNoRuleStartsIsANoViableAlternative) {
             "Syntax error in input \"test.tvx\", line 2\nThis appears to be an incomplete statement.");
 }
 
-TEST(TavixParser, TokensThatStartNoStatementEndTheList) {
+TEST(TavixParser, AStrayTokenAtTheTopLevelIsAnIncompleteStatement) {
   RecordingSession run;
-  // statement_list stops at a token that starts no statement; nothing after it runs.
-  EXPECT_EQ(run.ErrorOf("end 3;"), "");
-  EXPECT_EQ(run.ErrorOf("+ x;"), "");
+  // A token that starts no statement ends a block's statements; at the top level it is an error
+  // on its own line, after what came before it has run.
+  const std::string incomplete = "\nThis appears to be an incomplete statement.\n";
+  EXPECT_EQ(run.ErrorOf("end 3;"), "Syntax error in input \"test.tvx\", line 1" + incomplete);
+  EXPECT_EQ(run.ErrorOf("x = 1;\n+ x;"), "Syntax error in input \"test.tvx\", line 2" + incomplete);
+  EXPECT_EQ(run.ErrorOf("for (i = 1 : 2)\n  y = i;\nend\nend"), "Syntax error in input \"test.tvx\", line 4" + incomplete);
+  EXPECT_EQ(run.ErrorOf("if (1 == 1)\n  y = 2;\nend"), "");
 }
 
 TEST(TavixParser, MatchReportsUnwantedMissingAndMismatchedTokens) {
