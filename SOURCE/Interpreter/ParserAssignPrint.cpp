@@ -16,6 +16,14 @@ StatementPtr TavixParser::single_assign(bool execute) {
   node->targetLast = target.last;
   node->path = std::move(target.path);
   target_range(*node, execute, {tok::ASSIGN});
+  // A name with arguments and no "=" before the ";" is most likely a misspelled function
+  // (prnit(A);): say that the name is not defined, as an expression would.
+  if (LA(1) == tok::SEMICOL && !node->indices.empty() && Executing(execute) &&
+      m_context.workspace().Get(node->path.front()).code == kind::UNKNOWN) {
+    node->last = node->first;
+    const ExecContext::StatementScope scope(m_context, node->first);
+    m_context.Fail(*node, "Symbol \"" + node->path.front() + "\" is not defined.");
+  }
   match(tok::ASSIGN, ExpressionStarters());
   node->value = rhs_matrix(execute);
   // Reports quote the statement up to its value, without the ";".
