@@ -4,14 +4,10 @@
 #include <string>
 
 #include "Session.h"
+#include "StatementsComplete.h"
 
 // Reads commands with line editing and a history kept across sessions, runs each statement as
 // soon as it is complete (a statement of several lines, such as a loop, waits for its "end"),
 // and prints through the session's dispatcher. Ctrl+C stops the running command; Ctrl+D or
 // "quit;" ends. Returns the exit status.
 int RunTerminalConsole(Session& session, const std::string& programDirectory);
-
-// Whether `code` holds complete statements: every block closed by "end", every bracket closed,
-// the last statement ended by ";" or "end". Text that cannot be read (an unclosed string or
-// comment) is not complete.
-bool StatementsComplete(const std::string& code);

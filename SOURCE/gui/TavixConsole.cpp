@@ -9,6 +9,9 @@
 #include <wx/settings.h>
 #include <wx/statline.h>
 #include <wx/sizer.h>
+#include <wx/stattext.h>
+
+#include "StatementsComplete.h"
 
 namespace {
 
@@ -43,13 +46,18 @@ TavixConsole::TavixConsole(wxWindow* parent, Callbacks callbacks, std::string hi
   m_input = new wxTextCtrl(this, wxID_ANY, wxEmptyString, wxDefaultPosition, wxSize(-1, 60),
                            wxTE_MULTILINE | wxTE_PROCESS_ENTER | wxTE_PROCESS_TAB | wxTE_RICH2);
   m_input->SetFont(m_font);
-  m_input->SetHint("Type a command and press Enter (Shift+Enter for a new line)");
   m_input->Bind(wxEVT_KEY_DOWN, &TavixConsole::OnInputKey, this);
+  // A multi-line text control shows no hint on every platform: the keys are said below it.
+  auto* keys = new wxStaticText(this, wxID_ANY,
+                                "Enter runs complete statements; a block waits for its \"end\".\n"
+                                "Shift+Enter: a new line    Up, Down: history    Tab: complete a name");
+  keys->SetForegroundColour(wxSystemSettings::GetColour(wxSYS_COLOUR_GRAYTEXT));
 
   auto* sizer = new wxBoxSizer(wxVERTICAL);
   sizer->Add(m_output, 1, wxEXPAND);
   sizer->Add(new wxStaticLine(this), 0, wxEXPAND);
   sizer->Add(m_input, 0, wxEXPAND);
+  sizer->Add(keys, 0, wxEXPAND | wxLEFT | wxRIGHT | wxBOTTOM, 3);
   SetSizer(sizer);
   LoadHistory();
 }
@@ -145,9 +153,29 @@ void TavixConsole::SubmitInput() {
   if (m_callbacks.submit) m_callbacks.submit(code);
 }
 
+std::string TavixConsole::Input() const { return m_input->GetValue().utf8_string(); }
+
+void TavixConsole::PressKey(int keyCode, bool shift) {
+  wxKeyEvent event(wxEVT_KEY_DOWN);
+  event.m_keyCode = keyCode;
+  event.SetShiftDown(shift);
+  event.SetEventObject(m_input);
+  OnInputKey(event);
+}
+
 void TavixConsole::OnInputKey(wxKeyEvent& event) {
   const int key = event.GetKeyCode();
   if ((key == WXK_RETURN || key == WXK_NUMPAD_ENTER) && !event.ShiftDown()) {
+    // As in the terminal, unfinished text (a block without its end) waits for more lines; Enter
+    // on an empty last line runs it anyway, so a mistake never traps the user.
+    const std::string code = m_input->GetValue().utf8_string();
+    const std::size_t lineStart = code.find_last_of('\n');
+    const std::string lastLine = lineStart == std::string::npos ? code : code.substr(lineStart + 1);
+    if (!StatementsComplete(code) && lastLine.find_first_not_of(" \t\r") != std::string::npos) {
+      m_input->SetInsertionPointEnd();
+      m_input->WriteText("\n");
+      return;
+    }
     SubmitInput();
     return;
   }

@@ -11,7 +11,8 @@
 
 #include "Colour.h"
 
-// Output in a monospace font with the dispatcher's styles; below it the input line: Enter runs,
+// Output in a monospace font with the dispatcher's styles; below it the input line: Enter runs what
+// is complete (a block waits for its end),
 // Shift+Enter adds a line, Up and Down walk the history (kept in a file across sessions), Tab
 // completes workspace names and keywords.
 class TavixConsole : public wxPanel {
@@ -39,8 +40,11 @@ public:
   // What the output area shows, and the input line (for tests and the frame).
   std::string OutputText() const;
   void SetInput(const std::string& code);
-  // Runs what the input line holds, as Enter does.
+  std::string Input() const;
+  // Runs what the input line holds (Enter on complete text does this).
   void SubmitInput();
+  // What a key press does in the input line (for tests): Enter, Shift+Enter, Tab, Up, Down.
+  void PressKey(int keyCode, bool shift = false);
   void FocusInput();
   const std::vector<std::string>& History() const { return m_history; }
 

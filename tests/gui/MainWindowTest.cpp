@@ -97,6 +97,30 @@ TEST_F(MainWindow, TypedCommandsAreEchoedRunAndListed) {
   EXPECT_NE(Console().find("Linear regression model (LM)"), std::string::npos);
 }
 
+// Enter under a block without its end adds a line, as the terminal waits; the block runs once its
+// end is typed (or on Enter under an empty line).
+TEST_F(MainWindow, EnterWaitsForTheEndOfABlock) {
+  TavixConsole& console = *s_frame->Console();
+  console.SetInput("for (k = 1 : 2)");
+  console.PressKey(WXK_RETURN);
+  EXPECT_FALSE(s_frame->JobRunning());
+  EXPECT_EQ(console.Input(), "for (k = 1 : 2)\n");
+  console.SetInput("for (k = 1 : 2)\n  print(k * 10);");
+  console.PressKey(WXK_RETURN);
+  EXPECT_EQ(console.Input(), "for (k = 1 : 2)\n  print(k * 10);\n");
+  EXPECT_EQ(Console().find("k * 10 ="), std::string::npos);
+  console.SetInput("for (k = 1 : 2)\n  print(k * 10);\nend");
+  console.PressKey(WXK_RETURN);
+  ASSERT_TRUE(PumpUntil([] { return !s_frame->JobRunning(); }));
+  EXPECT_NE(Console().find("k * 10 =\n  20"), std::string::npos) << Console();
+  EXPECT_EQ(console.Input(), "");
+  // Unfinished text runs under an empty line, and reports what is missing.
+  console.SetInput("x = [1 2\n");
+  console.PressKey(WXK_RETURN);
+  ASSERT_TRUE(PumpUntil([] { return !s_frame->JobRunning(); }));
+  EXPECT_EQ(console.Input(), "");
+}
+
 TEST_F(MainWindow, ScriptPageErrorsNameThePageAndItsLine) {
   ScriptEditor* editor = s_frame->Editor();
   editor->NewPage();

@@ -1,9 +1,9 @@
-// When the terminal console runs what was typed: complete statements only.
+// When the consoles run what was typed: complete statements only.
 #include <gtest/gtest.h>
 
-#include "TerminalConsole.h"
+#include "StatementsComplete.h"
 
-TEST(TerminalConsole, RunsOnlyCompleteStatements) {
+TEST(StatementsComplete, OnlyClosedBlocksAndEndedStatements) {
   EXPECT_TRUE(StatementsComplete("x = 1;"));
   EXPECT_TRUE(StatementsComplete("x = 1; y = 2;  // a comment"));
   EXPECT_FALSE(StatementsComplete("x = 1"));
