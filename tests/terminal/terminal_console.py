@@ -26,6 +26,7 @@ class Console:
         end = time.time() + TIMEOUT
         while text.encode() not in self.seen:
             if time.time() > end:
+                os.kill(self.pid, 9)
                 fail("timed out waiting for %r; the console printed %r" % (text, self.seen))
             ready, _, _ = select.select([self.fd], [], [], 0.1)
             if ready:
@@ -39,6 +40,9 @@ class Console:
         self.seen = self.seen[self.seen.index(text.encode()) + len(text):]
 
     def send(self, keys):
+        # Keys typed the instant a prompt appears can be lost while the line editor sets up the
+        # terminal; a person never types that fast, so the test waits as one would.
+        time.sleep(0.5)
         os.write(self.fd, keys.encode())
 
     def status(self):
@@ -48,12 +52,14 @@ class Console:
             pid, status = os.waitpid(self.pid, os.WNOHANG)
             if pid:
                 return os.waitstatus_to_exitcode(status)
-            try:
-                select.select([self.fd], [], [], 0.1)
-                os.read(self.fd, 4096)
-            except OSError:
-                pass
-        fail("the console did not end")
+            ready, _, _ = select.select([self.fd], [], [], 0.1)
+            if ready:
+                try:
+                    self.seen += os.read(self.fd, 4096)
+                except OSError:
+                    pass
+        os.kill(self.pid, 9)
+        fail("the console did not end; it printed %r" % self.seen)
 
 
 def fail(message):
