@@ -82,3 +82,11 @@ std::string CheckOptionNames(const ModelRequest& request, const std::vector<std:
   }
   return "OK";
 }
+
+std::string ReadSamplerSettings(const ModelRequest& request, Eigen::VectorXd& gibbs, Eigen::MatrixXd& xi) {
+  const std::string status = ModelsInterpreter::read_Gibbs(request.options.numeric, gibbs);
+  if (status != "OK") return status;
+  xi.resize(0, 0);
+  if (request.constraints.Count() == 0) return "OK";
+  return ModelsInterpreter::CheckForRestrictions(request.options.numeric, request.constraints.Count(), xi);
+}

@@ -27,3 +27,7 @@ std::string ReadGammaPrior(const ModelRequest& request, const std::string& shape
 std::string CheckOptionNames(const ModelRequest& request, const std::vector<std::string>& numeric,
                              const std::vector<std::string>& logical = {},
                              const std::vector<std::string>& strings = {});
+
+// The Gibbs settings and, when the statement has constraints, their precision "Xi" (checked; no
+// rows when there are none). Returns "OK" or the message.
+std::string ReadSamplerSettings(const ModelRequest& request, Eigen::VectorXd& gibbs, Eigen::MatrixXd& xi);

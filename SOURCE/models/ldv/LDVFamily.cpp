@@ -52,13 +52,8 @@ std::string TobitI_Statement(const ModelRequest& request, std::unique_ptr<ModelJ
            Number(upper) + ").";
   }
   Eigen::VectorXd gibbs;
-  status = ModelsInterpreter::read_Gibbs(request.options.numeric, gibbs);
-  if (status != "OK") return status;
-  Eigen::MatrixXd xi(0, 0);
-  if (request.constraints.Count() > 0) {
-    status = ModelsInterpreter::CheckForRestrictions(request.options.numeric, request.constraints.Count(), xi);
-    if (status != "OK") return status;
-  }
+  Eigen::MatrixXd xi;
+  if ((status = ReadSamplerSettings(request, gibbs, xi)) != "OK") return status;
   ModelData data;
   status = ExtractModelData(request, data);
   if (status != "OK") return status;
@@ -115,13 +110,8 @@ std::string TobitII_Statement(const ModelRequest& request, std::unique_ptr<Model
   std::string status = CheckOptionNames(request, {"m", "P", "mz", "Pz", "P_cov", "a", "b"}, {"logML_CJ"});
   if (status != "OK") return status;
   Eigen::VectorXd gibbs;
-  status = ModelsInterpreter::read_Gibbs(request.options.numeric, gibbs);
-  if (status != "OK") return status;
-  Eigen::MatrixXd xi(0, 0);
-  if (request.constraints.Count() > 0) {
-    status = ModelsInterpreter::CheckForRestrictions(request.options.numeric, request.constraints.Count(), xi);
-    if (status != "OK") return status;
-  }
+  Eigen::MatrixXd xi;
+  if ((status = ReadSamplerSettings(request, gibbs, xi)) != "OK") return status;
   // Rows whose outcome is missing are the ones not selected: they stay.
   ModelData data;
   status = ExtractModelData(request, data, {}, MissingDependent::Keep);

@@ -94,13 +94,8 @@ std::string Intrepr_OC1(const ModelRequest& request, std::unique_ptr<ModelJob>& 
   std::string status = CheckOptionNames(request, {"m", "P", "m_cut", "P_cut"});
   if (status != "OK") return status;
   Eigen::VectorXd gibbs;
-  status = ModelsInterpreter::read_Gibbs(request.options.numeric, gibbs);
-  if (status != "OK") return status;
-  Eigen::MatrixXd xi(0, 0);
-  if (request.constraints.Count() > 0) {
-    status = ModelsInterpreter::CheckForRestrictions(request.options.numeric, request.constraints.Count(), xi);
-    if (status != "OK") return status;
-  }
+  Eigen::MatrixXd xi;
+  if ((status = ReadSamplerSettings(request, gibbs, xi)) != "OK") return status;
   ModelData data;
   status = ExtractModelData(request, data);
   if (status != "OK") return status;
