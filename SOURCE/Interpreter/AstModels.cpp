@@ -115,7 +115,15 @@ TavixValue ModelExpression::Evaluate(ExecContext& context) const {
   request.dependent = equation.dependent;
   request.regressors = equation.regressors;
   request.secondList = equation.secondList;
-  for (const auto& r : equation.regressors) request.labels.push_back(Labelled(equation.dependent, r));
+  for (const ModelEquation& e : equations) {
+    ModelEquationRequest er{e.dependent, e.regressors, e.secondList, {}};
+    // A series model's coefficients are named by its family once the lags are known.
+    if (!e.dependent.empty()) {
+      for (const auto& r : e.regressors) er.labels.push_back(Labelled(e.dependent, r));
+    }
+    request.labels.insert(request.labels.end(), er.labels.begin(), er.labels.end());
+    request.equations.push_back(std::move(er));
+  }
   const std::string prefix = SecondListPrefix(keyword);
   for (const auto& z : equation.secondList) request.secondLabels.push_back(Labelled(prefix, z));
 
@@ -135,6 +143,9 @@ TavixValue ModelExpression::Evaluate(ExecContext& context) const {
 
   if (request.options.numeric.count("Xi") && !hasConstraints) {
     context.Fail(*this, "A precision matrix for linear constraints was provided, but without constraints.");
+  }
+  if (hasConstraints && equation.dependent.empty()) {
+    context.Fail(constraints.front(), "Model \"" + keyword + "\" does not take linear constraints.");
   }
   if (hasConstraints) {
     const ConstraintNode* failing = nullptr;
@@ -187,9 +198,12 @@ TavixValue ModelExpression::Evaluate(ExecContext& context) const {
   std::snprintf(seconds, sizeof seconds, "%.3f", static_cast<double>(elapsed.count()) / 1000.0);
   description.estimationTime = seconds;
   description.keyword = keyword;
-  description.dependent = request.dependent;
-  description.regressors = request.regressors;
-  description.secondList = request.secondList;
+  // Systems and series models describe their own lists.
+  if (description.dependent.empty() && description.regressors.empty()) {
+    description.dependent = request.dependent;
+    description.regressors = request.regressors;
+    description.secondList = request.secondList;
+  }
   description.constraints = request.constraints.texts;
   model->AddResult("nobs", Eigen::MatrixXd::Constant(1, 1, static_cast<double>(description.observations)));
   model->SetDataset(request.dataset, request.datasetName);

@@ -94,8 +94,9 @@ ExpressionPtr TavixParser::model3(bool execute) {
   return node;
 }
 
-// model4: MODELS4 OPAREN ID (COMMA model_option)* CPAREN (one series)
-// model5: MODELS5 OPAREN ID+ (COMMA model_option)* CPAREN (several series)
+// model4: MODELS4 OPAREN ID (VERT ID+)? (COMMA model_option)* CPAREN (one series, exogenous
+//         variables after VERT)
+// model5: MODELS5 OPAREN ID+ (VERT ID+)? (COMMA model_option)* CPAREN (several series)
 ExpressionPtr TavixParser::model4(bool execute) { return series_model(tok::MODELS4, execute); }
 ExpressionPtr TavixParser::model5(bool execute) { return series_model(tok::MODELS5, execute); }
 
@@ -108,6 +109,12 @@ ExpressionPtr TavixParser::series_model(int keywordType, bool execute) {
   ModelEquation series;
   series.regressors.push_back(TextOf(match(tok::ID)));
   while (keywordType == tok::MODELS5 && LA(1) == tok::ID) series.regressors.push_back(TextOf(match(tok::ID)));
+  if (LA(1) == tok::VERT) {
+    m_stream.Consume();
+    do {
+      series.secondList.push_back(TextOf(match(tok::ID)));
+    } while (LA(1) == tok::ID);
+  }
   node->equations.push_back(std::move(series));
   model_options(*node, execute);
   node->last = match(tok::CPAREN).index;

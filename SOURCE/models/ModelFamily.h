@@ -29,13 +29,23 @@ struct LinearConstraints {
   Eigen::Index Count() const { return R.rows(); }
 };
 
+// One equation of a statement: its dependent variable, regressors and their labels. A series
+// model (arima, varm) has one equation without a dependent variable, its series as regressors.
+struct ModelEquationRequest {
+  std::string dependent;
+  std::vector<std::string> regressors;
+  std::vector<std::string> secondList;
+  std::vector<std::string> labels;  // dependent$regressor
+};
+
 // Everything a model statement read, after the dataset and the constraints are known.
 struct ModelRequest {
   std::string keyword;
-  std::string dependent;
-  std::vector<std::string> regressors;  // plain variable names, in order
+  std::string dependent;  // the first equation's
+  std::vector<std::string> regressors;  // plain variable names, in order (the first equation's)
   std::vector<std::string> secondList;
-  std::vector<std::string> labels;  // dependent$regressor
+  std::vector<std::string> labels;  // dependent$regressor, of every equation in order
+  std::vector<ModelEquationRequest> equations;  // one for a single-equation model
   std::vector<std::string> secondLabels;  // prefix$variable
   ModelOptions options;
   std::shared_ptr<Dataset> dataset;

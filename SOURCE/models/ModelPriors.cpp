@@ -2,6 +2,7 @@
 #include "ModelPriors.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "ModelsInterpreter.h"
 
@@ -89,4 +90,32 @@ std::string ReadSamplerSettings(const ModelRequest& request, Eigen::VectorXd& gi
   xi.resize(0, 0);
   if (request.constraints.Count() == 0) return "OK";
   return ModelsInterpreter::CheckForRestrictions(request.options.numeric, request.constraints.Count(), xi);
+}
+
+std::string ReadWishartPrior(const ModelRequest& request, Eigen::Index m, double defaultNu, double defaultS,
+                             double& nu, Eigen::MatrixXd& S) {
+  nu = defaultNu;
+  S = defaultS * Eigen::MatrixXd::Identity(m, m);
+  const auto& numeric = request.options.numeric;
+  if (const auto it = numeric.find("nu"); it != numeric.end()) {
+    if (it->second.size() != 1 || !std::isfinite(it->second(0, 0)) || !(it->second(0, 0) > static_cast<double>(m - 1))) {
+      return "The degrees of freedom \"nu\" of the Wishart prior must be a number above " + std::to_string(m - 1) +
+             " (the number of equations less one).";
+    }
+    nu = it->second(0, 0);
+  }
+  if (const auto it = numeric.find("S"); it != numeric.end()) {
+    const Eigen::MatrixXd& value = it->second;
+    double scale = 0.0;
+    if (value.size() == 1 && ModelsInterpreter::check_PositiveNumber(value, scale) && std::isfinite(scale)) {
+      S = scale * Eigen::MatrixXd::Identity(m, m);
+    } else if (value.rows() == m && value.cols() == m && value.isApprox(value.transpose()) &&
+               value.llt().info() == Eigen::Success && value.allFinite()) {
+      S = 0.5 * (value + value.transpose());
+    } else {
+      return "The scale \"S\" of the Wishart prior must be a positive number or a symmetric positive-definite " +
+             std::to_string(m) + " x " + std::to_string(m) + " matrix.";
+    }
+  }
+  return "OK";
 }

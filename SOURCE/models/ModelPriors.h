@@ -31,3 +31,9 @@ std::string CheckOptionNames(const ModelRequest& request, const std::vector<std:
 // The Gibbs settings and, when the statement has constraints, their precision "Xi" (checked; no
 // rows when there are none). Returns "OK" or the message.
 std::string ReadSamplerSettings(const ModelRequest& request, Eigen::VectorXd& gibbs, Eigen::MatrixXd& xi);
+
+// A Wishart prior on the inverse of an m x m error covariance, Sigma ~ inverse Wishart(S, nu):
+// "nu" a number above m - 1 and "S" a positive number (times the identity) or an m x m symmetric
+// positive-definite matrix. Absent options give `defaultNu` and `defaultS` times the identity.
+std::string ReadWishartPrior(const ModelRequest& request, Eigen::Index m, double defaultNu, double defaultS,
+                             double& nu, Eigen::MatrixXd& S);
