@@ -265,6 +265,28 @@ void AddVariables(ExecContext& context, const PostEstimationStatement& node, Mod
   }
 }
 
+void CheckFigureRoom(ExecContext& context, const PostEstimationStatement& node) {
+  const Session& session = context.session();
+  if (static_cast<int>(session.figures.Count()) >= session.maxFigures) {
+    context.Fail(node, "Too many figure windows are open. Either close some figures or increase the maximum "
+                       "number of figures Tavix displays by using the function \"maxfigures\".");
+  }
+}
+
+// Names a figure an action made, keeps it among the session's figures and shows it.
+void ShowFigure(ExecContext& context, const PostEstimationStatement& node, const std::shared_ptr<Figure>& figure) {
+  CheckFigureRoom(context, node);
+  Session& session = context.session();
+  figure->title = session.figures.NextTitle();
+  session.figures.Store(figure);
+  if (session.postToFrontEnd) {
+    FrontEndRequest request;
+    request.kind = FrontEndRequest::Kind::ShowFigure;
+    request.figure = figure;
+    context.RequestFrontEnd(node, request);
+  }
+}
+
 void RunAction(ExecContext& context, const PostEstimationStatement& node, ReadOptions& read) {
   const std::string& k = node.keyword;
   if (!read.model->ProvidesAction(k)) context.Fail(node, Filled(MissingActionMessage(k), {read.modelName}));
@@ -284,6 +306,7 @@ void RunAction(ExecContext& context, const PostEstimationStatement& node, ReadOp
   }
   if (status != "OK") context.Fail(node, status);
   AddVariables(context, node, *read.model, result.variables);
+  if (result.figure) ShowFigure(context, node, result.figure);
 }
 
 void RunPlotdraws(ExecContext& context, const PostEstimationStatement& node, const ReadOptions& read) {
@@ -303,19 +326,9 @@ void RunPlotdraws(ExecContext& context, const PostEstimationStatement& node, con
     }
     draws.push_back(std::move(chains));
   }
-  Session& session = context.session();
-  if (static_cast<int>(session.figures.Count()) >= session.maxFigures) {
-    context.Fail(node, "Too many figure windows are open. Either close some figures or increase the maximum "
-                       "number of figures Tavix displays by using the function \"maxfigures\".");
-  }
-  auto figure = std::make_shared<Figure>(DrawsFigure(session.figures.NextTitle(), elements, draws));
-  session.figures.Store(figure);
-  if (session.postToFrontEnd) {
-    FrontEndRequest request;
-    request.kind = FrontEndRequest::Kind::ShowFigure;
-    request.figure = figure;
-    context.RequestFrontEnd(node, request);
-  }
+  CheckFigureRoom(context, node);
+  auto figure = std::make_shared<Figure>(DrawsFigure("", elements, draws));
+  ShowFigure(context, node, figure);
   std::string listed;
   for (std::size_t i = 0; i < elements.size(); ++i) {
     listed += (i == 0 ? "" : i + 1 == elements.size() ? " and " : ", ") + elements[i];

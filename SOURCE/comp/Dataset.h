@@ -79,6 +79,10 @@ public:
                            TimeFormat format);
   void SetCrossSection() { m_structure = DatasetStructure{}; }
 
+  // The time index of each observation under the declared structure (consecutive periods differ
+  // by one); "" or the reason it cannot be read.
+  std::string TimeIndexOfObservations(std::vector<long long>& out) const { return TimeIndices(m_structure, out); }
+
   // The k-th lag of a variable (k < 0: the lead), matched by time within each group: the value
   // at time t - k of the same unit, missing when there is none. "" or the reason for a refusal.
   std::string TakeLags(const std::string& variable, int k, Eigen::VectorXd& out) const;

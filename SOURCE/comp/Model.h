@@ -16,6 +16,7 @@
 
 class Dataset;
 class EventDispatcher;
+struct Figure;
 
 // What a model statement asked for, kept with the model for printing, saving and later actions.
 struct ModelDescription {
@@ -65,6 +66,8 @@ struct ActionContext {
 struct ActionResult {
   std::vector<std::pair<std::string, Eigen::VectorXd>> variables;
   bool interrupted = false;
+  // A figure the action drew (forecasts, impulse responses); the statement names and shows it.
+  std::shared_ptr<Figure> figure;
 };
 
 class Model {

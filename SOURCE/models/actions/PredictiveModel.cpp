@@ -10,44 +10,21 @@
 #include "DrawBlocks.h"
 #include "EventDispatcher.h"
 #include "ModelsInterpreter.h"
+#include "SummaryTable.h"
 
 namespace {
+
+using table::Cell;
+using table::Header;
+using table::Padded;
+using table::Quoted;
+using table::Row;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 // Per-observation tables longer than this are cut in the console ("prefix" keeps them all).
 constexpr Eigen::Index kRowsShown = 20;
 // Draws per slice in averages over observations: a slice of 64 observations is 1 MB.
 constexpr Eigen::Index kDrawSlice = 2048;
-
-std::string Cell(double x) {
-  char buffer[64];
-  if (std::isnan(x)) {
-    std::snprintf(buffer, sizeof buffer, " %10s", "-");
-  } else {
-    std::snprintf(buffer, sizeof buffer, " %10.5g", x);
-  }
-  return buffer;
-}
-
-std::string Padded(const std::string& text, std::size_t width) {
-  return text.size() >= width ? text + " " : text + std::string(width - text.size(), ' ');
-}
-
-std::string Header(const std::string& first, std::size_t width) {
-  std::string header = Padded(first, width);
-  for (const char* column : {"Mean", "Sd", "2.5%", "97.5%"}) {
-    char buffer[32];
-    std::snprintf(buffer, sizeof buffer, " %10s", column);
-    header += buffer;
-  }
-  return header + "\n";
-}
-
-std::string Row(const std::string& name, std::size_t width, double mean, double sd, double lower, double upper) {
-  return Padded(name, width) + Cell(mean) + Cell(sd) + Cell(lower) + Cell(upper) + "\n";
-}
-
-std::string Quoted(const std::string& text) { return "\"" + text + "\""; }
 
 // to += the sums of the rows of m, a column at a time (contiguous, unlike a row-wise reduction).
 void AddRowSums(const Eigen::MatrixXd& m, Eigen::Ref<Eigen::VectorXd> to) {
