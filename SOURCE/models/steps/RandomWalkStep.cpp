@@ -5,8 +5,8 @@
 
 namespace {
 // The proposal takes the draws' covariance after this many burn-in draws, and again every so many.
-constexpr long kFirstCovariance = 200;
-constexpr long kCovarianceEvery = 100;
+constexpr long kFirstCovariance = 100;
+constexpr long kCovarianceEvery = 50;
 }  // namespace
 
 RandomWalkStep::RandomWalkStep(Eigen::Index dimension, double initialVariance)

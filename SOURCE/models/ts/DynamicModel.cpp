@@ -40,11 +40,13 @@ Eigen::MatrixXd ImpulseResponses(const DynamicParameters& p, Eigen::Index horizo
   psi.topRows(m).setIdentity();
   for (Eigen::Index h = 1; h <= horizon; ++h) {
     auto block = psi.middleRows(h * m, m);
-    for (Eigen::Index i = 1; i <= std::min(h, lags); ++i) block += p.A.middleCols((i - 1) * m, m) * psi.middleRows((h - i) * m, m);
+    for (Eigen::Index i = 1; i <= std::min(h, lags); ++i) {
+      block.noalias() += p.A.middleCols((i - 1) * m, m) * psi.middleRows((h - i) * m, m);
+    }
     if (h <= q) block += p.Theta.middleCols((h - 1) * m, m);
   }
   Eigen::MatrixXd out((horizon + 1) * m, impact.cols());
-  for (Eigen::Index h = 0; h <= horizon; ++h) out.middleRows(h * m, m) = psi.middleRows(h * m, m) * impact;
+  for (Eigen::Index h = 0; h <= horizon; ++h) out.middleRows(h * m, m).noalias() = psi.middleRows(h * m, m) * impact;
   return out;
 }
 

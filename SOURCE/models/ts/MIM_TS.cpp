@@ -5,6 +5,7 @@
 #include <cmath>
 #include <complex>
 #include <cstdio>
+#include <sstream>
 
 #include "Dataset.h"
 #include "DrawBlocks.h"
@@ -32,17 +33,24 @@ constexpr std::uint64_t kForecastStream = 0x5eed0f0eca57ULL;
 
 bool Interrupted(const ActionContext& context) { return context.interrupt && context.interrupt->load(); }
 
-// The q-quantile of sorted values, interpolating between order statistics.
-double Quantile(const std::vector<double>& sorted, double q) {
-  const double h = static_cast<double>(sorted.size() - 1) * q;
-  const auto lo = static_cast<std::size_t>(std::floor(h));
-  return lo + 1 < sorted.size() ? sorted[lo] + (h - static_cast<double>(lo)) * (sorted[lo + 1] - sorted[lo]) : sorted[lo];
+// The quantiles of `values` at ascending `levels`, interpolating between order statistics; the
+// values are reordered. Each level partitions only what lies above the previous one.
+void Quantiles(std::vector<double>& values, const std::vector<double>& levels, double* out) {
+  auto from = values.begin();
+  for (std::size_t l = 0; l < levels.size(); ++l) {
+    const double h = static_cast<double>(values.size() - 1) * levels[l];
+    const auto lo = static_cast<std::ptrdiff_t>(std::floor(h));
+    const auto at = values.begin() + lo;
+    if (at >= from) std::nth_element(from, at, values.end());
+    const double low = *at;
+    const double high = lo + 1 < static_cast<std::ptrdiff_t>(values.size()) ? *std::min_element(at + 1, values.end()) : low;
+    out[l] = low + (h - static_cast<double>(lo)) * (high - low);
+    from = at + 1;
+  }
 }
 
-std::vector<double> Sorted(const Eigen::Ref<const Eigen::VectorXd>& values) {
-  std::vector<double> v(values.data(), values.data() + values.size());
-  std::sort(v.begin(), v.end());
-  return v;
+std::vector<double> Copied(const Eigen::Ref<const Eigen::VectorXd>& values) {
+  return std::vector<double>(values.data(), values.data() + values.size());
 }
 
 Series Line(const Eigen::VectorXd& x, const Eigen::VectorXd& y, const std::string& label) {
@@ -65,6 +73,13 @@ void Accumulate(Eigen::MatrixXd& responses, Eigen::Index m, int d) {
 
 bool MIM_TimeSeries::ProvidesAction(const std::string& action) const {
   return action == "forecast" || action == "irf" || action == "stabtest" || action == "predict" || action == "store";
+}
+
+std::vector<std::string> MIM_TimeSeries::SeriesNames() const {
+  std::vector<std::string> names;
+  std::istringstream words(Description().dependent);
+  for (std::string name; words >> name;) names.push_back(name);
+  return names;
 }
 
 int MIM_TimeSeries::Differences() const {
@@ -114,8 +129,8 @@ std::string MIM_TimeSeries::ReadSample(const ActionContext& context, const std::
   return "OK";
 }
 
-std::string MIM_TimeSeries::Forecast(const ActionOptions& options, const ActionContext& context,
-                                     ActionResult& result) const {
+std::string MIM_TimeSeries::ComputeForecasts(const ActionOptions& options, const ActionContext& context,
+                                             Forecasts& out, bool& interrupted) const {
   const auto kx = static_cast<Eigen::Index>(ExogenousNames().size());
   std::string exogenous;
   for (const auto& x : ExogenousNames()) exogenous += (exogenous.empty() ? "" : " ") + x;
@@ -145,7 +160,7 @@ std::string MIM_TimeSeries::Forecast(const ActionOptions& options, const ActionC
   Eigen::MatrixXd noErrors = Eigen::MatrixXd::Zero(sample.W.rows(), m), shocks(horizon, m);
   for (Eigen::Index g = 0; g < G; ++g) {
     if ((g & 255) == 0 && Interrupted(context)) {
-      result.interrupted = true;
+      interrupted = true;
       return "OK";
     }
     const DynamicParameters& p = draws[static_cast<std::size_t>(g)];
@@ -158,20 +173,36 @@ std::string MIM_TimeSeries::Forecast(const ActionOptions& options, const ActionC
   }
 
   std::vector<double> scratch;
-  Eigen::MatrixXd mean(horizon, m), sd(horizon, m), lower(horizon, m), upper(horizon, m);
+  out.mean.resize(horizon, m);
+  out.sd.resize(horizon, m);
+  out.lower.resize(horizon, m);
+  out.upper.resize(horizon, m);
   for (Eigen::Index h = 0; h < horizon; ++h) {
     for (Eigen::Index i = 0; i < m; ++i) {
       const Eigen::VectorXd column = paths.col(h * m + i);
-      SummarizeDraws(column.data(), G, scratch, mean(h, i), sd(h, i), lower(h, i), upper(h, i));
+      SummarizeDraws(column.data(), G, scratch, out.mean(h, i), out.sd(h, i), out.lower(h, i), out.upper(h, i));
     }
   }
-  const std::string& last = sample.data.times.back();
+  out.observed = sample.data.Y;
+  out.last = sample.data.times.back();
+  return "OK";
+}
+
+std::string MIM_TimeSeries::Forecast(const ActionOptions& options, const ActionContext& context,
+                                     ActionResult& result) const {
+  const std::vector<std::string> names = SeriesNames();
+  Forecasts f;
+  const std::string status = ComputeForecasts(options, context, f, result.interrupted);
+  if (status != "OK" || result.interrupted) return status;
+  const Eigen::Index horizon = f.mean.rows(), m = f.mean.cols();
+  const Eigen::MatrixXd &mean = f.mean, &sd = f.sd, &lower = f.lower, &upper = f.upper;
+  const std::string& last = f.last;
   std::string text = "\nForecasts of model " + Quoted(context.modelName) + ", " + std::to_string(horizon) +
                      " period" + (horizon == 1 ? "" : "s") + " after " + last +
                      " (posterior predictive: parameter uncertainty and future shocks)\n";
   context.out.Print(text);
   for (Eigen::Index i = 0; i < m; ++i) {
-    context.out.Print("\n" + table::Header(SeriesNames()[static_cast<std::size_t>(i)], 14), true);
+    context.out.Print("\n" + table::Header(names[static_cast<std::size_t>(i)], 14), true);
     text.clear();
     for (Eigen::Index h = 0; h < horizon; ++h) {
       text += table::Row(last + "+" + std::to_string(h + 1), 14, mean(h, i), sd(h, i), lower(h, i), upper(h, i));
@@ -181,22 +212,22 @@ std::string MIM_TimeSeries::Forecast(const ActionOptions& options, const ActionC
 
   // The observed series, then the forecast mean and its 95% band.
   auto figure = std::make_shared<Figure>("", static_cast<int>(m), 1);
-  const Eigen::Index T = sample.data.Y.rows();
+  const Eigen::Index T = f.observed.rows();
   const Eigen::VectorXd observed = Eigen::VectorXd::LinSpaced(T, 1.0, static_cast<double>(T));
   Eigen::VectorXd ahead(horizon + 1);
   for (Eigen::Index h = 0; h <= horizon; ++h) ahead(h) = static_cast<double>(T + h);
   for (Eigen::Index i = 0; i < m; ++i) {
     Panel& panel = figure->panels[static_cast<std::size_t>(i)];
-    const std::string& name = SeriesNames()[static_cast<std::size_t>(i)];
+    const std::string& name = names[static_cast<std::size_t>(i)];
     panel.title = "Forecast: " + name;
     panel.xlabel = "period";
     panel.ylabel = name;
     panel.legend = true;
-    panel.series.push_back(Line(observed, sample.data.Y.col(i), "observed"));
+    panel.series.push_back(Line(observed, f.observed.col(i), "observed"));
     // Each forecast line starts from the last observation, so that it joins the series.
     auto joined = [&](const Eigen::MatrixXd& values) {
       Eigen::VectorXd y(horizon + 1);
-      y(0) = sample.data.Y(T - 1, i);
+      y(0) = f.observed(T - 1, i);
       y.tail(horizon) = values.col(i);
       return y;
     };
@@ -210,6 +241,7 @@ std::string MIM_TimeSeries::Forecast(const ActionOptions& options, const ActionC
 
 std::string MIM_TimeSeries::ImpulseResponses(const ActionOptions& options, const ActionContext& context,
                                              ActionResult& result) const {
+  const std::vector<std::string> names = SeriesNames();
   const Eigen::Index horizon = options.horizon > 0 ? options.horizon : kDefaultResponseHorizon;
   const std::vector<DynamicParameters> draws = ParameterDraws();
   const Eigen::Index m = static_cast<Eigen::Index>(SeriesNames().size());
@@ -238,11 +270,13 @@ std::string MIM_TimeSeries::ImpulseResponses(const ActionOptions& options, const
     }
   }
   // Median, 68% and 95% bands of each response.
-  const double levels[] = {0.5, 0.16, 0.84, 0.025, 0.975};
-  Eigen::MatrixXd bands(responses.cols(), 5);
+  // Columns of `bands`: 2.5%, 16%, median, 84%, 97.5%.
+  const std::vector<double> levels = {0.025, 0.16, 0.5, 0.84, 0.975};
+  Eigen::Matrix<double, Eigen::Dynamic, 5, Eigen::RowMajor> bands(responses.cols(), 5);
+  std::vector<double> values;
   for (Eigen::Index c = 0; c < responses.cols(); ++c) {
-    const std::vector<double> sorted = Sorted(responses.col(c));
-    for (int l = 0; l < 5; ++l) bands(c, l) = Quantile(sorted, levels[l]);
+    values.assign(responses.col(c).data(), responses.col(c).data() + G);
+    Quantiles(values, levels, bands.row(c).data());
   }
   auto at = [&](Eigen::Index h, Eigen::Index i, Eigen::Index j) { return (h * m + i) * m + j; };
 
@@ -252,17 +286,17 @@ std::string MIM_TimeSeries::ImpulseResponses(const ActionOptions& options, const
                      (d > 0 ? ", responses of the levels" : "") + "; posterior medians\n";
   context.out.Print(text);
   for (Eigen::Index j = 0; j < m; ++j) {
-    std::string header = "\nShock to " + SeriesNames()[static_cast<std::size_t>(j)] + "\n" + Padded("Horizon", 10);
+    std::string header = "\nShock to " + names[static_cast<std::size_t>(j)] + "\n" + Padded("Horizon", 10);
     for (Eigen::Index i = 0; i < m; ++i) {
       char cell[64];
-      std::snprintf(cell, sizeof cell, " %10s", SeriesNames()[static_cast<std::size_t>(i)].c_str());
+      std::snprintf(cell, sizeof cell, " %10s", names[static_cast<std::size_t>(i)].c_str());
       header += cell;
     }
     context.out.Print(header + "\n", true);
     text.clear();
     for (Eigen::Index h = 0; h <= horizon; ++h) {
       text += Padded(std::to_string(h), 10);
-      for (Eigen::Index i = 0; i < m; ++i) text += Cell(bands(at(h, i, j), 0));
+      for (Eigen::Index i = 0; i < m; ++i) text += Cell(bands(at(h, i, j), 2));
       text += "\n";
     }
     context.out.Print(text);
@@ -273,12 +307,12 @@ std::string MIM_TimeSeries::ImpulseResponses(const ActionOptions& options, const
   for (Eigen::Index i = 0; i < m; ++i) {
     for (Eigen::Index j = 0; j < m; ++j) {
       Panel& panel = figure->panels[static_cast<std::size_t>(i * m + j)];
-      panel.title = SeriesNames()[static_cast<std::size_t>(i)] + " to " + SeriesNames()[static_cast<std::size_t>(j)];
+      panel.title = names[static_cast<std::size_t>(i)] + " to " + names[static_cast<std::size_t>(j)];
       panel.xlabel = "horizon";
       panel.ylabel = "response";
       panel.legend = i == 0 && j == 0;
-      const char* labels[] = {"median", "68% band", "", "95% band", ""};
-      for (int l = 0; l < 5; ++l) {
+      const char* labels[] = {"95% band", "68% band", "median", "", ""};
+      for (int l : {2, 1, 3, 0, 4}) {
         Eigen::VectorXd y(horizon + 1);
         for (Eigen::Index h = 0; h <= horizon; ++h) y(h) = bands(at(h, i, j), l);
         panel.series.push_back(Line(x, y, labels[l]));
@@ -290,6 +324,7 @@ std::string MIM_TimeSeries::ImpulseResponses(const ActionOptions& options, const
 }
 
 std::string MIM_TimeSeries::StabilityTest(const ActionContext& context, ActionResult& result) const {
+  const std::vector<std::string> names = SeriesNames();
   const std::vector<DynamicParameters> draws = ParameterDraws();
   const Eigen::Index m = static_cast<Eigen::Index>(SeriesNames().size());
   const auto G = static_cast<Eigen::Index>(draws.size());
@@ -308,7 +343,9 @@ std::string MIM_TimeSeries::StabilityTest(const ActionContext& context, ActionRe
   std::string text = "\nStability test of model " + Quoted(context.modelName) + " (" + std::to_string(G) + " draws)\n\n";
   auto describe = [&](const char* what, const char* property, const Eigen::VectorXd& modulus) {
     const double share = (modulus.array() < 1.0).cast<double>().mean();
-    const std::vector<double> sorted = Sorted(modulus);
+    std::vector<double> values = Copied(modulus);
+    double quantiles[5];
+    Quantiles(values, {0.025, 0.25, 0.5, 0.75, 0.975}, quantiles);
     char line[256];
     std::snprintf(line, sizeof line, "Posterior probability that the %s part is %s: %.4f\n", what, property, share);
     std::string out = line;
@@ -319,7 +356,7 @@ std::string MIM_TimeSeries::StabilityTest(const ActionContext& context, ActionRe
       out += line;
     }
     out += "\n" + Padded("", 4);
-    for (double level : {0.025, 0.25, 0.5, 0.75, 0.975}) out += Cell(Quantile(sorted, level));
+    for (double q : quantiles) out += Cell(q);
     return out + "\n";
   };
   const DynamicParameters mean = ParametersAtMean();
@@ -352,6 +389,7 @@ std::string MIM_TimeSeries::StabilityTest(const ActionContext& context, ActionRe
 
 std::string MIM_TimeSeries::FittedValues(const std::string& action, const ActionOptions& options,
                                          const ActionContext& context, ActionResult& result) const {
+  const std::vector<std::string> names = SeriesNames();
   if (action == "store") {
     for (const std::string& name : options.names) {
       if (name != "e" && name != "yhat") {
@@ -402,7 +440,7 @@ std::string MIM_TimeSeries::FittedValues(const std::string& action, const Action
   if (action == "store") {
     for (const std::string& name : options.names) {
       for (Eigen::Index i = 0; i < m; ++i) {
-        const std::string& series = SeriesNames()[static_cast<std::size_t>(i)];
+        const std::string& series = names[static_cast<std::size_t>(i)];
         result.variables.emplace_back(name + "_" + series, spread(name == "e" ? residuals.col(i) : fitted.col(i)));
       }
     }
@@ -410,7 +448,7 @@ std::string MIM_TimeSeries::FittedValues(const std::string& action, const Action
   }
   std::vector<double> scratch;
   for (Eigen::Index i = 0; i < m; ++i) {
-    const std::string& series = SeriesNames()[static_cast<std::size_t>(i)];
+    const std::string& series = names[static_cast<std::size_t>(i)];
     Eigen::VectorXd mean(used), sd(used), lower(used), upper(used);
     for (Eigen::Index t = 0; t < used; ++t) {
       const Eigen::VectorXd column = fittedDraws.col(t * m + i);

@@ -20,12 +20,24 @@ public:
   // The parameters at the posterior mean of the draws.
   DynamicParameters ParametersAtMean() const;
 
+  // The forecast's summaries (rows: periods after the sample; columns: series), without printing:
+  // "OK" or the refusal; `interrupted` tells that the user stopped it.
+  struct Forecasts {
+    Eigen::MatrixXd mean, sd, lower, upper;
+    Eigen::MatrixXd observed;  // the series over the sample
+    std::string last;          // the sample's last period
+  };
+  std::string ComputeForecasts(const ActionOptions& options, const ActionContext& context, Forecasts& out,
+                               bool& interrupted) const;
+
 protected:
   // One draw's parameters from its row of the pooled draws.
   virtual DynamicParameters ParametersOfDraw(const Eigen::Ref<const Eigen::RowVectorXd>& row) const = 0;
 
-  const std::vector<std::string>& SeriesNames() const { return Description().regressors; }
-  const std::vector<std::string>& ExogenousNames() const { return Description().secondList; }
+  // The series are the description's dependent variables (separated by blanks); its regressors
+  // are the exogenous variables.
+  std::vector<std::string> SeriesNames() const;
+  const std::vector<std::string>& ExogenousNames() const { return Description().regressors; }
   int Differences() const;
   // Periods of the differenced series that only give the first lags their values.
   Eigen::Index Presample() const;

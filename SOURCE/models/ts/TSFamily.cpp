@@ -148,8 +148,7 @@ std::string Varm_Statement(const ModelRequest& request, std::unique_ptr<ModelJob
                      estimator, fitted, estimator.logML, estimator.logML_CJ);
     ModelDescription& d = model->Description();
     d.dependent = seriesList;
-    d.regressors = series;
-    d.secondList = exogenous;
+    d.regressors = exogenous;
     model->AddResult("lags", Eigen::MatrixXd::Constant(1, 1, static_cast<double>(s.lags)));
     model->AddResult("maxlags", Eigen::MatrixXd::Constant(1, 1, static_cast<double>(s.maxlags)));
     model->AddResult("constant", Eigen::MatrixXd::Constant(1, 1, s.constant ? 1.0 : 0.0));
@@ -216,8 +215,7 @@ std::string Arima_Statement(const ModelRequest& request, std::unique_ptr<ModelJo
     DescribeEstimate(*model, "ARIMA", modelTitle, estimator, fitted, estimator.logML, std::nan(""));
     ModelDescription& description = model->Description();
     description.dependent = series;
-    description.regressors = {series};
-    description.secondList = exogenous;
+    description.regressors = exogenous;
     model->AddResult("lags", Eigen::MatrixXd::Constant(1, 1, static_cast<double>(s.lags)));
     model->AddResult("diff", Eigen::MatrixXd::Constant(1, 1, static_cast<double>(d)));
     model->AddResult("ma", Eigen::MatrixXd::Constant(1, 1, static_cast<double>(q)));
