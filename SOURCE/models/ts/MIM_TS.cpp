@@ -62,6 +62,17 @@ Series Line(const Eigen::VectorXd& x, const Eigen::VectorXd& y, const std::strin
   return s;
 }
 
+// A band as one closed outline: along the lower edge, then back along the upper one, so that it
+// is drawn in one colour with one legend entry.
+Series Band(const Eigen::VectorXd& x, const Eigen::VectorXd& lower, const Eigen::VectorXd& upper,
+            const std::string& label) {
+  const Eigen::Index n = x.size();
+  Eigen::VectorXd bx(2 * n + 1), by(2 * n + 1);
+  bx << x, x.reverse(), x(0);
+  by << lower, upper.reverse(), lower(0);
+  return Line(bx, by, label);
+}
+
 // Cumulative sums over the horizons, `d` times: responses of the levels of a differenced series.
 void Accumulate(Eigen::MatrixXd& responses, Eigen::Index m, int d) {
   for (int k = 0; k < d; ++k) {
@@ -210,10 +221,13 @@ std::string MIM_TimeSeries::Forecast(const ActionOptions& options, const ActionC
     context.out.Print(text);
   }
 
-  // The observed series, then the forecast mean and its 95% band.
+  // The end of the observed series (three times the horizon, at least 24 periods), then the
+  // forecast mean and its 95% band.
   auto figure = std::make_shared<Figure>("", static_cast<int>(m), 1);
   const Eigen::Index T = f.observed.rows();
-  const Eigen::VectorXd observed = Eigen::VectorXd::LinSpaced(T, 1.0, static_cast<double>(T));
+  const Eigen::Index shown = std::min(T, std::max<Eigen::Index>(24, 3 * horizon));
+  const Eigen::VectorXd observed =
+      Eigen::VectorXd::LinSpaced(shown, static_cast<double>(T - shown + 1), static_cast<double>(T));
   Eigen::VectorXd ahead(horizon + 1);
   for (Eigen::Index h = 0; h <= horizon; ++h) ahead(h) = static_cast<double>(T + h);
   for (Eigen::Index i = 0; i < m; ++i) {
@@ -223,7 +237,7 @@ std::string MIM_TimeSeries::Forecast(const ActionOptions& options, const ActionC
     panel.xlabel = "period";
     panel.ylabel = name;
     panel.legend = true;
-    panel.series.push_back(Line(observed, f.observed.col(i), "observed"));
+    panel.series.push_back(Line(observed, f.observed.col(i).tail(shown), "observed"));
     // Each forecast line starts from the last observation, so that it joins the series.
     auto joined = [&](const Eigen::MatrixXd& values) {
       Eigen::VectorXd y(horizon + 1);
@@ -232,8 +246,7 @@ std::string MIM_TimeSeries::Forecast(const ActionOptions& options, const ActionC
       return y;
     };
     panel.series.push_back(Line(ahead, joined(mean), "forecast mean"));
-    panel.series.push_back(Line(ahead, joined(lower), "95% band"));
-    panel.series.push_back(Line(ahead, joined(upper), ""));
+    panel.series.push_back(Band(ahead, joined(lower), joined(upper), "95% band"));
   }
   result.figure = figure;
   return "OK";
@@ -311,12 +324,13 @@ std::string MIM_TimeSeries::ImpulseResponses(const ActionOptions& options, const
       panel.xlabel = "horizon";
       panel.ylabel = "response";
       panel.legend = i == 0 && j == 0;
-      const char* labels[] = {"95% band", "68% band", "median", "", ""};
-      for (int l : {2, 1, 3, 0, 4}) {
-        Eigen::VectorXd y(horizon + 1);
-        for (Eigen::Index h = 0; h <= horizon; ++h) y(h) = bands(at(h, i, j), l);
-        panel.series.push_back(Line(x, y, labels[l]));
+      Eigen::MatrixXd y(horizon + 1, 5);
+      for (Eigen::Index h = 0; h <= horizon; ++h) {
+        for (int l = 0; l < 5; ++l) y(h, l) = bands(at(h, i, j), l);
       }
+      panel.series.push_back(Line(x, y.col(2), "median"));
+      panel.series.push_back(Band(x, y.col(1), y.col(3), "68% band"));
+      panel.series.push_back(Band(x, y.col(0), y.col(4), "95% band"));
     }
   }
   result.figure = figure;
