@@ -47,3 +47,11 @@ void RandomWalkStep::Record(const Eigen::VectorXd& value) {
     }
   }
 }
+
+double RandomWalkStep::LogProposalDensity(const Eigen::VectorXd& from, const Eigen::VectorXd& to) const {
+  // N(from, s^2 F F'), F lower triangular.
+  const double scale = std::exp(m_logScale);
+  const Eigen::VectorXd z = m_factor.triangularView<Eigen::Lower>().solve(to - from) / scale;
+  return -0.5 * z.squaredNorm() - 0.5 * static_cast<double>(m_d) * 1.8378770664093454836 -
+         static_cast<double>(m_d) * std::log(scale) - m_factor.diagonal().array().log().sum();
+}

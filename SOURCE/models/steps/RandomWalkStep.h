@@ -21,6 +21,8 @@ public:
   bool Decide(double logRatio, RandomEngine& rng);
   void Record(const Eigen::VectorXd& value);
   void EndBurnin() { m_adapting = false; m_accepted = 0; m_tries = 0; }
+  // The log density of proposing `to` from `from` with the proposal as it stands.
+  double LogProposalDensity(const Eigen::VectorXd& from, const Eigen::VectorXd& to) const;
   // The share of proposals accepted since burn-in ended.
   double AcceptanceRate() const { return m_tries > 0 ? static_cast<double>(m_accepted) / static_cast<double>(m_tries) : 0.0; }
 

@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <limits>
 
 #include "EventDispatcher.h"
 #include "DynamicModel.h"
@@ -73,6 +74,14 @@ double LogDiagonalNormal(const Eigen::VectorXd& x, const Eigen::VectorXd& mean, 
          0.5 * (precision.array() * (x - mean).array().square()).sum();
 }
 
+// The log of theta's conditional density up to a constant, given the errors' driving series u =
+// w - Z (c, phi, b) and tau; `e` is scratch space.
+double ThetaLogTarget(const ARIMA::Setup& s, const Layout& l, const Eigen::VectorXd& theta, const Eigen::VectorXd& u,
+                      double tau, Eigen::VectorXd& e) {
+  return -0.5 * tau * MovingAverageSSE(theta, u, e) +
+         LogDiagonalNormal(theta, s.mean.segment(l.Theta(), l.q), s.precision.segment(l.Theta(), l.q));
+}
+
 class ARIMAChain : public GibbsChain {
 public:
   ARIMAChain(const ARIMA::Setup& s, const Layout& l, const Eigen::MatrixXd& Z, const Eigen::VectorXd& y,
@@ -82,9 +91,21 @@ public:
         m_theta(start.segment(l.Theta(), l.q)), m_proposal(l.q), m_u(y.size()), m_e(y.size()), m_yf(y),
         m_Zf(Z), m_yMatrix(y), m_step(l.q, 0.01) {}
 
+  // Keeps theta at `theta` from now on (the reduced run of Chib and Jeliazkov's method).
+  void FixTheta(const Eigen::VectorXd& theta) {
+    m_theta = theta;
+    Filter(m_theta, m_Z, m_Zf);
+    Filter(m_theta, m_yMatrix, m_yfMatrix);
+    m_yf = m_yfMatrix.col(0);
+    m_thetaFixed = true;
+  }
+  const Eigen::VectorXd& Linear() const { return m_linear; }
+  double Tau() const { return m_tau; }
+  const RandomWalkStep& Step() const { return m_step; }
+
   void Sweep(RandomEngine& rng) override {
     // The series and regressors filtered by theta: a regression with independent errors.
-    if (m_l.q > 0) {
+    if (m_l.q > 0 && !m_thetaFixed) {
       Filter(m_theta, m_Z, m_Zf);
       Filter(m_theta, m_yMatrix, m_yfMatrix);
       m_yf = m_yfMatrix.col(0);
@@ -101,12 +122,12 @@ public:
     const double sse = (m_yf - m_Zf * m_linear).squaredNorm();
     m_tau = dist::GammaDraw(rng, m_s.a + 0.5 * static_cast<double>(m_y.size()), m_s.b + 0.5 * sse);
     // theta | rest: random walk, invertible proposals only.
-    if (m_l.q > 0) {
+    if (m_l.q > 0 && !m_thetaFixed) {
       m_u = m_y - m_Z * m_linear;
-      const double current = LogTarget(m_theta, MovingAverageSSE(m_theta, m_u, m_e));
+      const double current = ThetaLogTarget(m_s, m_l, m_theta, m_u, m_tau, m_e);
       m_step.Propose(m_theta, rng, m_proposal);
       double ratio = std::nan("");
-      if (Invertible(m_proposal)) ratio = LogTarget(m_proposal, MovingAverageSSE(m_proposal, m_u, m_e)) - current;
+      if (Invertible(m_proposal)) ratio = ThetaLogTarget(m_s, m_l, m_proposal, m_u, m_tau, m_e) - current;
       if (m_step.Decide(ratio, rng)) m_theta = m_proposal;
       m_step.Record(m_theta);
     }
@@ -129,10 +150,6 @@ public:
   double MovingAverageAcceptance() const { return m_step.AcceptanceRate(); }
 
 private:
-  double LogTarget(const Eigen::VectorXd& theta, double sse) const {
-    return -0.5 * m_tau * sse +
-           LogDiagonalNormal(theta, m_s.mean.segment(m_l.Theta(), m_l.q), m_s.precision.segment(m_l.Theta(), m_l.q));
-  }
 
   const ARIMA::Setup& m_s;
   Layout m_l;
@@ -145,6 +162,7 @@ private:
   Eigen::LLT<Eigen::MatrixXd> m_llt;
   RandomWalkStep m_step;
   long m_linearTries = 0, m_linearKept = 0;
+  bool m_thetaFixed = false;
 };
 
 // The prior mass of the stable (or invertible) region of a diagonal Normal prior, by simulation.
@@ -159,6 +177,100 @@ double RegionMass(const Eigen::VectorXd& mean, const Eigen::VectorXd& precision,
     inside += (movingAverage ? Invertible(x) : Stable(x)) ? 1 : 0;
   }
   return std::max(1, inside) / static_cast<double>(kRegionDraws);
+}
+
+// Chib and Jeliazkov's estimate at (gamma*, theta*, tau*), gamma = (c, phi, b), with `logKernel`
+// the log of likelihood times prior there, from the pooled draws (log tau in the last column), a
+// reduced run with theta held at theta*, and the random walk of a chain (`step`; none without
+// theta).
+double ChibJeliazkov(const ARIMA::Setup& s, const Layout& l, const Eigen::MatrixXd& Z, const Eigen::VectorXd& y,
+                     const LinearPrior& prior, const Eigen::MatrixXd& pooled, const Eigen::VectorXd& gammaStar,
+                     const Eigen::VectorXd& thetaStar, double tauStar, double logKernel, const RandomWalkStep* step,
+                     std::uint64_t seed) {
+  const Eigen::Index n = y.size();
+  const double shape = s.a + 0.5 * static_cast<double>(n);
+  // At theta*, the filtered data give the Normal conditional of (c, phi, b) for any tau.
+  Eigen::MatrixXd Zf, yf;
+  Filter(thetaStar, Z, Zf);
+  Filter(thetaStar, Eigen::MatrixXd(y), yf);
+  const Eigen::MatrixXd ZtZ = Zf.transpose() * Zf;
+  const Eigen::VectorXd Zty = Zf.transpose() * yf.col(0);
+  Eigen::LLT<Eigen::MatrixXd> llt;
+  Eigen::VectorXd mean;
+  auto conditional = [&](double t) {
+    llt.compute(t * ZtZ + prior.precision);
+    mean = llt.solve(t * Zty + prior.precisionTimesMean);
+  };
+  auto logNormalAt = [&](const Eigen::VectorXd& x) {
+    const Eigen::VectorXd u = llt.matrixU() * (x - mean);
+    return llt.matrixLLT().diagonal().array().log().sum() - 0.5 * static_cast<double>(x.size()) * kLog2Pi -
+           0.5 * u.squaredNorm();
+  };
+  // tau's ordinate is a Gamma density.
+  const double sseStar = (yf.col(0) - Zf * gammaStar).squaredNorm();
+  const double logTau = mlik::LogGammaDensity(tauStar, shape, s.b + 0.5 * sseStar);
+
+  // The reduced run: theta held at theta*, from the posterior means.
+  const Eigen::Index draws = std::min<Eigen::Index>(pooled.rows(), 10000);
+  RandomEngine rng;
+  rng.Seed(seed);
+  Eigen::VectorXd start = Eigen::VectorXd::Zero(l.Size());
+  start.head(l.c + l.p) = gammaStar.head(l.c + l.p);
+  start.segment(l.Theta(), l.q) = thetaStar;
+  start.tail(l.kx) = gammaStar.tail(l.kx);
+  ARIMAChain reduced(s, l, Z, y, prior, start, tauStar);
+  reduced.FixTheta(thetaStar);
+  for (int b = 0; b < 200; ++b) reduced.Sweep(rng);
+  Eigen::MatrixXd gammas(draws, gammaStar.size());
+  Eigen::VectorXd taus(draws);
+  for (Eigen::Index j = 0; j < draws; ++j) {
+    reduced.Sweep(rng);
+    gammas.row(j) = reduced.Linear().transpose();
+    taus(j) = reduced.Tau();
+  }
+  // (c, phi, b)'s ordinate: the step's proposal density at gamma* averaged over the reduced run
+  // (gamma* is stable, so always accepted), over the share of proposals from the conditional
+  // given gamma* that are stable.
+  Eigen::VectorXd numerator(draws);
+  int stable = 0;
+  Eigen::VectorXd z(gammaStar.size()), proposal(gammaStar.size());
+  for (Eigen::Index j = 0; j < draws; ++j) {
+    conditional(taus(j));
+    numerator(j) = logNormalAt(gammaStar);
+    conditional(dist::GammaDraw(rng, shape, s.b + 0.5 * sseStar));
+    for (Eigen::Index i = 0; i < z.size(); ++i) z(i) = rng.Normal();
+    proposal = mean + llt.matrixU().solve(z);
+    stable += Stable(proposal.segment(l.Phi(), l.p)) ? 1 : 0;
+  }
+  const double logGamma = mlik::LogMeanExp(numerator) - std::log(std::max(1, stable) / static_cast<double>(draws));
+
+  // theta's ordinate: moves into theta* from the posterior draws over moves out of it from the
+  // reduced run's draws, with the random walk's proposal of the first chain.
+  double logTheta = 0.0;
+  if (l.q > 0) {
+    Eigen::VectorXd u(n), e(n), moveIn(pooled.rows()), moveOut(draws), thetaG(l.q), gammaG(gammaStar.size());
+    for (Eigen::Index g = 0; g < pooled.rows(); ++g) {
+      thetaG = pooled.row(g).segment(l.Theta(), l.q).transpose();
+      gammaG = l.Linear(pooled.row(g).head(l.Size()).transpose());
+      const double t = std::exp(pooled(g, l.Size()));  // the pooled draws hold log tau
+      u = y - Z * gammaG;
+      const double ratio = ThetaLogTarget(s, l, thetaStar, u, t, e) - ThetaLogTarget(s, l, thetaG, u, t, e);
+      moveIn(g) = std::min(0.0, ratio) + step->LogProposalDensity(thetaG, thetaStar);
+    }
+    RandomWalkStep proposer = *step;
+    Eigen::VectorXd thetaNew(l.q);
+    for (Eigen::Index j = 0; j < draws; ++j) {
+      proposer.Propose(thetaStar, rng, thetaNew);
+      if (!Invertible(thetaNew)) {
+        moveOut(j) = -std::numeric_limits<double>::infinity();
+        continue;
+      }
+      u = y - Z * gammas.row(j).transpose();
+      moveOut(j) = std::min(0.0, ThetaLogTarget(s, l, thetaNew, u, taus(j), e) - ThetaLogTarget(s, l, thetaStar, u, taus(j), e));
+    }
+    logTheta = mlik::LogMeanExp(moveIn) - mlik::LogMeanExp(moveOut);
+  }
+  return logKernel - logTau - logGamma - logTheta;
 }
 
 }  // namespace
@@ -222,6 +334,10 @@ bool ARIMA::Sample(const Setup& s, const EventDispatcher& out, const std::atomic
                           mlik::LogGammaDensity(tau, s.a, s.b) + std::log(tau);
   const bool inside = Stable(all.segment(l.Phi(), l.p)) && Invertible(theta);
   logML = inside ? mlik::LaplaceMetropolis(logLikelihood + logPrior, pooled) : std::nan("");
+  const RandomWalkStep* step = l.q > 0 ? &static_cast<const ARIMAChain&>(*Chains().front()).Step() : nullptr;
+  logML_CJ = inside ? ChibJeliazkov(s, l, Z, y, prior, pooled, linear, theta, tau, logLikelihood + logPrior - std::log(tau),
+                                    step, ChainSeed(Settings().seed, 1000))
+                    : std::nan("");
   return true;
 }
 

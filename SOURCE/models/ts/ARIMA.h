@@ -35,12 +35,14 @@ public:
     double a = 0.0, b = 0.0;          // Gamma prior of tau
   };
 
-  // Samples the posterior; false when interrupted. Afterwards logML (Lewis & Raftery, with the
-  // prior's normalising constant over the stable and invertible region) is set, and the
-  // acceptance rates of the two Metropolis-Hastings steps.
+  // Samples the posterior; false when interrupted. Afterwards logML (Lewis & Raftery) and logML_CJ
+  // (Chib & Jeliazkov, with a reduced run at the posterior mean of theta) are set, both with the
+  // prior's normalising constant over the stable and invertible region, and the acceptance rates
+  // of the two Metropolis-Hastings steps.
   bool Sample(const Setup& setup, const EventDispatcher& out, const std::atomic<bool>* interrupt);
 
   double logML = 0.0;
+  double logML_CJ = 0.0;
   double stableAcceptance = 0.0;      // share of the linear block's draws kept
   double movingAverageAcceptance = 0.0;
 

@@ -212,7 +212,7 @@ std::string Arima_Statement(const ModelRequest& request, std::unique_ptr<ModelJo
     if (!estimator.Sample(setup, context.out, context.interrupt)) return nullptr;
     auto model = std::make_shared<MIM_ARIMA>();
     model->SetDraws(estimator.Draws(), labels);
-    DescribeEstimate(*model, "ARIMA", modelTitle, estimator, fitted, estimator.logML, std::nan(""));
+    DescribeEstimate(*model, "ARIMA", modelTitle, estimator, fitted, estimator.logML, estimator.logML_CJ);
     ModelDescription& description = model->Description();
     description.dependent = series;
     description.regressors = exogenous;
