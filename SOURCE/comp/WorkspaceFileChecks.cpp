@@ -90,7 +90,15 @@ std::string ModelProblem(const Model& m) {
       !WholeInRange(static_cast<double>(d.observationsDropped), 0.0)) {
     return "its counts of observations are out of range";
   }
-  if (!d.dependent.empty() && !CheckID(d.dependent)) return "its dependent variable is not a valid name";
+  // Systems and series models name several dependent variables, separated by single blanks.
+  if (!d.dependent.empty()) {
+    std::vector<std::string> dependents(1);
+    for (char c : d.dependent) {
+      if (c == ' ') dependents.emplace_back();
+      else dependents.back() += c;
+    }
+    if (!DistinctIdentifiers(dependents)) return "its dependent variable is not a valid name";
+  }
   if (!DistinctIdentifiers(d.regressors) || !DistinctIdentifiers(d.secondList)) {
     return "its lists of variables hold invalid or repeated names";
   }

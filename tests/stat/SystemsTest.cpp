@@ -91,6 +91,9 @@ TEST(SUR, RefusesWhatCannotBeEstimated) {
   ModelRequest twice = SurRequest(dataset);
   twice.equations[1].dependent = "y1";
   EXPECT_NE(FindModelFamily("sur")(twice, job).find("more than one equation"), std::string::npos);
+  ModelRequest simultaneous = SurRequest(dataset);
+  simultaneous.equations[0].regressors.push_back("y2");
+  EXPECT_NE(FindModelFamily("sur")(simultaneous, job).find("must not be determined by the system"), std::string::npos);
   ModelRequest conjugate = SurRequest(dataset);
   conjugate.options.strings["prior"] = "nw";
   EXPECT_NE(FindModelFamily("sur")(conjugate, job).find("same regressors"), std::string::npos);

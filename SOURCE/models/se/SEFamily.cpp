@@ -50,6 +50,17 @@ std::string Intrepr_SE1(const ModelRequest& request, std::unique_ptr<ModelJob>& 
       if (std::find(variables.begin(), variables.end(), r) == variables.end()) variables.push_back(r);
     }
   }
+  // Regressors are taken as given: a dependent variable among them makes a simultaneous system,
+  // which these priors and this sampler do not identify.
+  for (const ModelEquationRequest& e : request.equations) {
+    for (const std::string& r : e.regressors) {
+      if (std::find(dependents.begin(), dependents.end(), r) != dependents.end()) {
+        return "Variable \"" + r + "\" is the dependent variable of an equation of model \"sur\" and a regressor of " +
+               "equation \"" + e.dependent + "\": the regressors of seemingly unrelated regressions must not be " +
+               "determined by the system.";
+      }
+    }
+  }
   std::string status = CheckOptionNames(request, {"m", "P", "nu", "S"}, {}, {"prior"});
   if (status != "OK") return status;
   bool conjugate = false;
