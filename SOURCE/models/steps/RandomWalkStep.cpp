@@ -1,57 +1,63 @@
-// RandomWalkStep: adaptive random-walk Metropolis.
+// RandomWalkStep: adaptive random-walk Metropolis-Hastings.
 #include "RandomWalkStep.h"
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
-namespace {
-// The proposal takes the draws' covariance after this many burn-in draws, and again every so many.
-constexpr long kFirstCovariance = 100;
-constexpr long kCovarianceEvery = 50;
-}  // namespace
+AdaptiveScale::AdaptiveScale(double start, double targetAcceptance)
+    : m_logScale(std::log(start)), m_scale(start), m_target(targetAcceptance) {}
 
-RandomWalkStep::RandomWalkStep(Eigen::Index dimension, double initialVariance)
-    : m_d(dimension), m_mean(Eigen::VectorXd::Zero(dimension)), m_sum(Eigen::MatrixXd::Zero(dimension, dimension)),
-      m_factor(std::sqrt(initialVariance) * Eigen::MatrixXd::Identity(dimension, dimension)), m_z(dimension) {}
-
-void RandomWalkStep::Propose(const Eigen::VectorXd& current, RandomEngine& rng, Eigen::VectorXd& proposal) {
-  for (Eigen::Index i = 0; i < m_d; ++i) m_z(i) = rng.Normal();
-  proposal = current;
-  proposal.noalias() += std::exp(m_logScale) * (m_factor * m_z);
+void AdaptiveScale::Update(double acceptanceProbability, bool accepted) {
+  UpdateBatch(acceptanceProbability, accepted ? 1 : 0, 1);
 }
 
-bool RandomWalkStep::Decide(double logRatio, RandomEngine& rng) {
-  const bool accept = !std::isnan(logRatio) && (logRatio >= 0.0 || std::log(rng.Uniform()) < logRatio);
-  ++m_tries;
-  if (accept) ++m_accepted;
-  if (m_adapting) {
-    ++m_iteration;
-    const double rate = std::isnan(logRatio) ? 0.0 : std::min(1.0, std::exp(std::min(0.0, logRatio)));
-    m_logScale += (rate - TargetRate()) / std::pow(static_cast<double>(m_iteration), 0.6);
+void AdaptiveScale::UpdateBatch(double meanProbability, long accepted, long proposals) {
+  if (!m_tuning) {
+    m_accepted += accepted;
+    m_proposed += proposals;
+    return;
   }
-  return accept;
+  // A decreasing gain: large moves early, a settled scale by the end of burn-in.
+  ++m_steps;
+  const double gain = std::min(0.5, 5.0 / std::pow(static_cast<double>(m_steps) + 10.0, 0.6));
+  m_logScale = std::clamp(m_logScale + gain * (meanProbability - m_target), -15.0, 5.0);
+  m_scale = std::exp(m_logScale);
 }
 
-void RandomWalkStep::Record(const Eigen::VectorXd& value) {
-  if (!m_adapting) return;
-  ++m_recorded;
-  const Eigen::VectorXd delta = value - m_mean;
-  m_mean += delta / static_cast<double>(m_recorded);
-  m_sum.noalias() += delta * (value - m_mean).transpose();
-  if (m_recorded >= kFirstCovariance && m_recorded % kCovarianceEvery == 0) {
-    Eigen::MatrixXd covariance = m_sum / static_cast<double>(m_recorded - 1);
-    covariance *= 2.38 * 2.38 / static_cast<double>(m_d);
-    covariance.diagonal().array() += 1e-10;
-    const Eigen::LLT<Eigen::MatrixXd> llt(covariance);
-    if (llt.info() == Eigen::Success) {
-      m_factor = llt.matrixL();
-    }
-  }
+double AdaptiveScale::AcceptanceRate() const {
+  return m_proposed > 0 ? static_cast<double>(m_accepted) / static_cast<double>(m_proposed)
+                        : std::numeric_limits<double>::quiet_NaN();
+}
+
+double LogAcceptanceProbability(double current, double proposed) {
+  const double difference = proposed - current;
+  if (std::isnan(difference)) return -std::numeric_limits<double>::infinity();
+  return std::min(0.0, difference);
+}
+
+RandomWalkStep::RandomWalkStep(Eigen::MatrixXd factor, double startScale, double targetAcceptance)
+    : m_factor(std::move(factor)), m_scale(startScale, targetAcceptance), m_e(m_factor.cols()),
+      m_proposal(m_factor.rows()) {}
+
+bool RandomWalkStep::Accept(double current, double proposed, RandomEngine& rng) {
+  const double logAccept = LogAcceptanceProbability(current, proposed);
+  const bool accepted = std::log(rng.Uniform()) < logAccept;
+  m_scale.Update(std::exp(logAccept), accepted);
+  return accepted;
+}
+
+void RandomWalkStep::Propose(const Eigen::VectorXd& x, RandomEngine& rng, Eigen::VectorXd& out) {
+  for (Eigen::Index j = 0; j < m_e.size(); ++j) m_e(j) = rng.Normal();
+  out = x;
+  out.noalias() += m_scale.Scale() * (m_factor * m_e);
 }
 
 double RandomWalkStep::LogProposalDensity(const Eigen::VectorXd& from, const Eigen::VectorXd& to) const {
-  // N(from, s^2 F F'), F lower triangular.
-  const double scale = std::exp(m_logScale);
-  const Eigen::VectorXd z = m_factor.triangularView<Eigen::Lower>().solve(to - from) / scale;
-  return -0.5 * z.squaredNorm() - 0.5 * static_cast<double>(m_d) * 1.8378770664093454836 -
-         static_cast<double>(m_d) * std::log(scale) - m_factor.diagonal().array().log().sum();
+  // N(from, s^2 F F'): with F = Q R, |det F| = |det R| and F^-1 (to - from) solves R z = Q'(to - from).
+  const Eigen::HouseholderQR<Eigen::MatrixXd> qr(m_factor);
+  const double scale = m_scale.Scale();
+  const Eigen::VectorXd z = qr.solve(to - from) / scale;
+  const auto d = static_cast<double>(from.size());
+  return -0.5 * z.squaredNorm() - 0.5 * d * 1.8378770664093454836 - d * std::log(scale) - qr.logAbsDeterminant();
 }

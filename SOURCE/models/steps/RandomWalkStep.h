@@ -1,41 +1,76 @@
-// RandomWalkStep: a Metropolis-Hastings step with a Normal random-walk proposal whose covariance
-// and scale adapt to the chain during burn-in only.
+// RandomWalkStep: a random-walk Metropolis-Hastings step whose scale is tuned during burn-in and
+// frozen after it, with its acceptance rate counted over the kept sweeps.
 #pragma once
 
 #include <Eigen/Dense>
 
 #include "RandomEngine.h"
 
-// The proposal is N(current, s^2 C): C starts as the identity times `initialVariance` and becomes
-// the covariance of the burn-in draws (times 2.38^2 / d) once there are enough of them; log s
-// follows a Robbins-Monro rule towards the acceptance rate that suits the dimension (0.44 for one
-// parameter, 0.234 for many). Both freeze when burn-in ends.
-class RandomWalkStep {
+// The scale of a random-walk proposal: Robbins-Monro on the log scale toward a target acceptance
+// rate while tuning; afterwards it only counts acceptances. Shared by vector steps and by the
+// per-observation steps of latent variables (one scale for many scalar proposals).
+class AdaptiveScale {
 public:
-  RandomWalkStep(Eigen::Index dimension, double initialVariance);
-
-  // A proposal from `current`, into `proposal`.
-  void Propose(const Eigen::VectorXd& current, RandomEngine& rng, Eigen::VectorXd& proposal);
-  // Accepts with probability min(1, exp(logRatio)) (never when logRatio is NaN); adapts during
-  // burn-in from the outcome and the value the chain then holds (`value`). Returns the decision.
-  bool Decide(double logRatio, RandomEngine& rng);
-  void Record(const Eigen::VectorXd& value);
-  void EndBurnin() { m_adapting = false; m_accepted = 0; m_tries = 0; }
-  // The log density of proposing `to` from `from` with the proposal as it stands.
-  double LogProposalDensity(const Eigen::VectorXd& from, const Eigen::VectorXd& to) const;
-  // The share of proposals accepted since burn-in ended.
-  double AcceptanceRate() const { return m_tries > 0 ? static_cast<double>(m_accepted) / static_cast<double>(m_tries) : 0.0; }
+  AdaptiveScale(double start, double targetAcceptance);
+  double Scale() const { return m_scale; }
+  // Records one proposal's acceptance probability (tuning) or whether it was accepted (after).
+  void Update(double acceptanceProbability, bool accepted);
+  // The same for a batch of proposals whose mean acceptance probability is `meanProbability`.
+  void UpdateBatch(double meanProbability, long accepted, long proposals);
+  void EndTuning() { m_tuning = false; }
+  bool Tuning() const { return m_tuning; }
+  // Share of proposals accepted after tuning (NaN before any).
+  double AcceptanceRate() const;
 
 private:
-  Eigen::Index m_d;
-  bool m_adapting = true;
-  double m_logScale = 0.0;
-  long m_iteration = 0;
-  long m_accepted = 0, m_tries = 0;
-  Eigen::VectorXd m_mean;
-  Eigen::MatrixXd m_sum;  // sum of outer products of deviations (Welford)
-  long m_recorded = 0;
-  Eigen::MatrixXd m_factor;  // Cholesky factor of the proposal covariance before scaling
-  Eigen::VectorXd m_z;
-  double TargetRate() const { return m_d == 1 ? 0.44 : 0.234; }
+  double m_logScale;
+  double m_scale;
+  double m_target;
+  bool m_tuning = true;
+  long m_steps = 0;
+  long m_accepted = 0;
+  long m_proposed = 0;
 };
+
+// x' = x + scale * L e, e ~ N(0, I), accepted with probability min(1, p(x') / p(x)), where L is a
+// fixed factor of the proposal covariance (the inverse curvature of the target, say).
+class RandomWalkStep {
+public:
+  RandomWalkStep(Eigen::MatrixXd factor, double startScale, double targetAcceptance = 0.3);
+
+  // One step from `x` whose log target is `logTarget` (both updated when the proposal is
+  // accepted); `logTargetOf(proposal)` evaluates the target (NaN or -inf: never accepted).
+  template <class LogTarget>
+  bool Step(Eigen::VectorXd& x, double& logTarget, const LogTarget& logTargetOf, RandomEngine& rng) {
+    for (Eigen::Index j = 0; j < m_e.size(); ++j) m_e(j) = rng.Normal();
+    m_proposal.noalias() = m_factor * m_e;
+    m_proposal *= m_scale.Scale();
+    m_proposal += x;
+    const double proposed = logTargetOf(m_proposal);
+    const bool accepted = Accept(logTarget, proposed, rng);
+    if (accepted) {
+      x.swap(m_proposal);
+      logTarget = proposed;
+    }
+    return accepted;
+  }
+  void EndBurnin() { m_scale.EndTuning(); }
+  double AcceptanceRate() const { return m_scale.AcceptanceRate(); }
+
+  // A proposal from `x` with the scale as it stands, into `out` (no decision, no tuning).
+  void Propose(const Eigen::VectorXd& x, RandomEngine& rng, Eigen::VectorXd& out);
+  // The log density of proposing `to` from `from` with the scale as it stands (the factor must be
+  // square and invertible).
+  double LogProposalDensity(const Eigen::VectorXd& from, const Eigen::VectorXd& to) const;
+
+private:
+  bool Accept(double current, double proposed, RandomEngine& rng);
+
+  Eigen::MatrixXd m_factor;
+  AdaptiveScale m_scale;
+  Eigen::VectorXd m_e, m_proposal;
+};
+
+// The log of the acceptance probability min(1, exp(proposed - current)); -inf when the proposal
+// cannot be evaluated.
+double LogAcceptanceProbability(double current, double proposed);

@@ -88,8 +88,9 @@ public:
              const LinearPrior& linearPrior, const Eigen::VectorXd& start, double tau)
       : m_s(s), m_l(l), m_Z(Z), m_y(y), m_prior(linearPrior), m_tau(tau),
         m_linear(l.Linear(start)), m_candidate(m_linear.size()), m_z(m_linear.size()),
-        m_theta(start.segment(l.Theta(), l.q)), m_proposal(l.q), m_u(y.size()), m_e(y.size()), m_yf(y),
-        m_Zf(Z), m_yMatrix(y), m_step(l.q, 0.01) {}
+        m_theta(start.segment(l.Theta(), l.q)), m_u(y.size()), m_e(y.size()), m_yf(y),
+        m_Zf(Z), m_yMatrix(y),
+        m_step(Eigen::MatrixXd::Identity(l.q, l.q), 0.1, l.q == 1 ? 0.44 : 0.3) {}
 
   // Keeps theta at `theta` from now on (the reduced run of Chib and Jeliazkov's method).
   void FixTheta(const Eigen::VectorXd& theta) {
@@ -124,12 +125,11 @@ public:
     // theta | rest: random walk, invertible proposals only.
     if (m_l.q > 0 && !m_thetaFixed) {
       m_u = m_y - m_Z * m_linear;
-      const double current = ThetaLogTarget(m_s, m_l, m_theta, m_u, m_tau, m_e);
-      m_step.Propose(m_theta, rng, m_proposal);
-      double ratio = std::nan("");
-      if (Invertible(m_proposal)) ratio = ThetaLogTarget(m_s, m_l, m_proposal, m_u, m_tau, m_e) - current;
-      if (m_step.Decide(ratio, rng)) m_theta = m_proposal;
-      m_step.Record(m_theta);
+      double current = ThetaLogTarget(m_s, m_l, m_theta, m_u, m_tau, m_e);
+      m_step.Step(m_theta, current, [&](const Eigen::VectorXd& theta) {
+        return Invertible(theta) ? ThetaLogTarget(m_s, m_l, theta, m_u, m_tau, m_e)
+                                 : -std::numeric_limits<double>::infinity();
+      }, rng);
     }
   }
 
@@ -157,7 +157,7 @@ private:
   const Eigen::VectorXd& m_y;
   const LinearPrior& m_prior;
   double m_tau;
-  Eigen::VectorXd m_linear, m_candidate, m_z, m_theta, m_proposal, m_u, m_e, m_yf;
+  Eigen::VectorXd m_linear, m_candidate, m_z, m_theta, m_u, m_e, m_yf;
   Eigen::MatrixXd m_Zf, m_yMatrix, m_yfMatrix;
   Eigen::LLT<Eigen::MatrixXd> m_llt;
   RandomWalkStep m_step;
