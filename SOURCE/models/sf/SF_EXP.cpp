@@ -1,0 +1,54 @@
+// SF_EXP: the exponential inefficiency's conditional draws.
+#include "SF_EXP.h"
+
+#include <cmath>
+
+#include "CompositeError.h"
+#include "Gamma.h"
+#include "MarginalLikelihood.h"
+#include "TruncatedNormal.h"
+
+namespace {
+
+class ExponentialInefficiency : public Inefficiency {
+public:
+  explicit ExponentialInefficiency(const InefficiencyPrior& prior) : m_prior(prior) {}
+  std::unique_ptr<Inefficiency> Clone() const override { return std::make_unique<ExponentialInefficiency>(*this); }
+  std::vector<std::string> Labels() const override { return {"lambda"}; }
+  std::vector<bool> Positive() const override { return {true}; }
+  void Start(double meanU) override { m_lambda = 1.0 / meanU; }
+
+  void DrawInefficiency(const Eigen::VectorXd& w, double tau, RandomEngine& rng, Eigen::VectorXd& u) override {
+    // u | w ~ N(w - lambda / tau, 1 / tau) truncated to u > 0.
+    const double sd = 1.0 / std::sqrt(tau), shift = m_lambda / tau;
+    for (Eigen::Index i = 0; i < w.size(); ++i) {
+      const double mean = w(i) - shift;
+      u(i) = mean + sd * dist::StandardNormalTailDraw(rng, -mean / sd);
+    }
+  }
+  void DrawParameters(const Eigen::VectorXd& u, RandomEngine& rng) override {
+    // lambda | u ~ Gamma(a + n, b + sum u).
+    m_lambda = dist::GammaDraw(rng, m_prior.scaleShape + static_cast<double>(u.size()), m_prior.scaleRate + u.sum());
+  }
+  void Record(Eigen::Ref<Eigen::RowVectorXd> out) const override { out(0) = m_lambda; }
+  double LogPrior(const Eigen::VectorXd& theta) const override {
+    return mlik::LogGammaDensity(theta(0), m_prior.scaleShape, m_prior.scaleRate);
+  }
+  double LogConvolvedDensity(const Eigen::VectorXd& w, double tau, const Eigen::VectorXd& theta) const override {
+    const double sigma = 1.0 / std::sqrt(tau);
+    double sum = 0.0;
+    for (Eigen::Index i = 0; i < w.size(); ++i) {
+      sum += LogCompositeDensity(InefficiencyDistribution::Exponential, w(i), sigma, theta(0), 0.0);
+    }
+    return sum;
+  }
+
+private:
+  InefficiencyPrior m_prior;
+  double m_lambda = 1.0;
+};
+
+}  // namespace
+
+SF_EXP::SF_EXP(const Eigen::VectorXd& gibbs, const InefficiencyPrior& prior)
+    : StochasticFrontier(gibbs, std::make_unique<ExponentialInefficiency>(prior)) {}

@@ -1,0 +1,82 @@
+// SF_GAMMA: the gamma inefficiency's conditional draws.
+#include "SF_GAMMA.h"
+
+#include <cmath>
+
+#include "CompositeError.h"
+#include "Gamma.h"
+#include "MarginalLikelihood.h"
+#include "RandomWalkStep.h"
+#include "TruncatedNormal.h"
+
+namespace {
+
+class GammaInefficiency : public Inefficiency {
+public:
+  explicit GammaInefficiency(const InefficiencyPrior& prior)
+      : m_prior(prior), m_shapeStep(Eigen::MatrixXd::Identity(1, 1), 0.1, 0.44), m_logShape(1) {}
+  std::unique_ptr<Inefficiency> Clone() const override { return std::make_unique<GammaInefficiency>(*this); }
+  std::vector<std::string> Labels() const override { return {"shape", "lambda"}; }
+  std::vector<bool> Positive() const override { return {true, true}; }
+  void Start(double meanU) override {
+    m_logShape(0) = 0.0;
+    m_lambda = 1.0 / meanU;
+  }
+
+  void DrawInefficiency(const Eigen::VectorXd& w, double tau, RandomEngine& rng, Eigen::VectorXd& u) override {
+    // Proposal N(w - lambda / tau, 1 / tau) truncated to u > 0 (the target without u^(shape - 1)),
+    // accepted with probability min(1, (u' / u)^(shape - 1)).
+    const double sd = 1.0 / std::sqrt(tau), shift = m_lambda / tau, power = std::exp(m_logShape(0)) - 1.0;
+    for (Eigen::Index i = 0; i < w.size(); ++i) {
+      const double mean = w(i) - shift;
+      const double proposal = mean + sd * dist::StandardNormalTailDraw(rng, -mean / sd);
+      if (proposal > 0.0 && std::log(rng.Uniform()) < power * (std::log(proposal) - std::log(u(i)))) u(i) = proposal;
+    }
+  }
+  void DrawParameters(const Eigen::VectorXd& u, RandomEngine& rng) override {
+    // shape | lambda, u by a random walk on its log; lambda | shape, u ~ Gamma(a + n shape, b + sum u).
+    m_sumLogU = u.array().log().sum();
+    m_n = static_cast<double>(u.size());
+    double logTarget = ShapeTarget(m_logShape);
+    m_shapeStep.Step(m_logShape, logTarget, [this](const Eigen::VectorXd& l) { return ShapeTarget(l); }, rng);
+    m_lambda = dist::GammaDraw(rng, m_prior.scaleShape + m_n * std::exp(m_logShape(0)), m_prior.scaleRate + u.sum());
+  }
+  void Record(Eigen::Ref<Eigen::RowVectorXd> out) const override {
+    out(0) = std::exp(m_logShape(0));
+    out(1) = m_lambda;
+  }
+  void EndBurnin() override { m_shapeStep.EndBurnin(); }
+  double Acceptance() const override { return m_shapeStep.AcceptanceRate(); }
+
+  double LogPrior(const Eigen::VectorXd& theta) const override {
+    return mlik::LogGammaDensity(theta(0), m_prior.shapeShape, m_prior.shapeRate) +
+           mlik::LogGammaDensity(theta(1), m_prior.scaleShape, m_prior.scaleRate);
+  }
+  double LogConvolvedDensity(const Eigen::VectorXd& w, double tau, const Eigen::VectorXd& theta) const override {
+    const double sigma = 1.0 / std::sqrt(tau);
+    double sum = 0.0;
+    for (Eigen::Index i = 0; i < w.size(); ++i) {
+      sum += LogCompositeDensity(InefficiencyDistribution::Gamma, w(i), sigma, theta(0), theta(1));
+    }
+    return sum;
+  }
+
+private:
+  // log p(log shape | lambda, u), the Jacobian included.
+  double ShapeTarget(const Eigen::VectorXd& logShape) const {
+    const double shape = std::exp(logShape(0));
+    return m_prior.shapeShape * logShape(0) - m_prior.shapeRate * shape +
+           m_n * (shape * std::log(m_lambda) - std::lgamma(shape)) + (shape - 1.0) * m_sumLogU;
+  }
+
+  InefficiencyPrior m_prior;
+  RandomWalkStep m_shapeStep;
+  Eigen::VectorXd m_logShape;
+  double m_lambda = 1.0;
+  double m_sumLogU = 0.0, m_n = 0.0;
+};
+
+}  // namespace
+
+SF_GAMMA::SF_GAMMA(const Eigen::VectorXd& gibbs, const InefficiencyPrior& prior)
+    : StochasticFrontier(gibbs, std::make_unique<GammaInefficiency>(prior)) {}

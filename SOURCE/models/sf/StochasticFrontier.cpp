@@ -1,0 +1,205 @@
+// StochasticFrontier: the frontier's Gibbs sampler and its marginal likelihood.
+#include "StochasticFrontier.h"
+
+#include <cmath>
+
+#include "Gamma.h"
+#include "MarginalLikelihood.h"
+#include "RandomIntercepts.h"
+
+namespace {
+
+// What every chain reads: the data, their cross-products and the firms.
+struct FrontierData {
+  const Eigen::VectorXd& y;
+  const Eigen::MatrixXd& X;
+  Eigen::MatrixXd XtX;
+  double sign;  // 1 production, -1 cost
+  const PanelGroups* groups;  // null without firm effects
+  const StochasticFrontier::Priors& priors;
+};
+
+class FrontierChain : public GibbsChain {
+public:
+  FrontierChain(const FrontierData& data, std::unique_ptr<Inefficiency> inefficiency, Eigen::VectorXd b, double tau,
+                double startU)
+      : m_data(data), m_ineff(std::move(inefficiency)), m_b(std::move(b)), m_tau(tau),
+        m_u(Eigen::VectorXd::Constant(data.y.size(), startU)), m_index(data.y.size()), m_w(data.y.size()),
+        m_ystar(data.y.size()), m_Xtz(m_b.size()), m_z(m_b.size()), m_thetaRow(m_ineff->Count()),
+        m_effSum(Eigen::VectorXd::Zero(data.y.size())), m_uSum(Eigen::VectorXd::Zero(data.y.size())) {
+    m_ineff->Start(startU);
+    if (data.groups) {
+      m_effects = Eigen::VectorXd::Zero(data.groups->Count());
+      m_weights.resize(data.y.size());
+      m_kappa.resize(data.y.size());
+      m_effectStep = std::make_unique<RandomInterceptStep>(data.X, *data.groups, data.priors.coefficients);
+    }
+  }
+
+  void Sweep(RandomEngine& rng) override {
+    const Eigen::Index n = m_data.y.size();
+    // theta | u.
+    m_ineff->DrawParameters(m_u, rng);
+    // u | b, a, tau, theta, through w = s (x'b + a - y) = u - s v.
+    m_index.noalias() = m_data.X * m_b;
+    if (m_data.groups) m_data.groups->AddEffects(m_effects, 0, n, m_index);
+    m_w = m_data.sign * (m_index - m_data.y);
+    m_ineff->DrawInefficiency(m_w, m_tau, rng, m_u);
+    // b (and a) | u, tau: the regression of y + s u on x.
+    m_ystar = m_data.y + m_data.sign * m_u;
+    double squares = 0.0;
+    if (!m_data.groups) {
+      m_Xtz.noalias() = m_data.X.transpose() * m_ystar;
+      m_llt.compute(m_tau * m_data.XtX + m_data.priors.coefficients.precision);
+      DrawCanonicalNormal(m_llt, m_tau * m_Xtz + m_data.priors.coefficients.precisionTimesMean, rng, m_z, m_b);
+      squares = std::max(0.0, m_ystar.squaredNorm() - 2.0 * m_b.dot(m_Xtz) + m_b.dot(m_data.XtX * m_b));
+    } else {
+      m_weights.setConstant(m_tau);
+      m_kappa = m_tau * m_ystar;
+      m_effectStep->DrawWeighted(m_kappa, m_weights, m_omega, rng, m_b, m_effects);
+      m_index.noalias() = m_data.X * m_b;
+      m_data.groups->AddEffects(m_effects, 0, n, m_index);
+      squares = (m_ystar - m_index).squaredNorm();
+      // omega | a ~ Gamma(a_re + G/2, b_re + a'a/2).
+      m_omega = dist::GammaDraw(rng, m_data.priors.aRe + 0.5 * static_cast<double>(m_effects.size()),
+                                m_data.priors.bRe + 0.5 * m_effects.squaredNorm());
+    }
+    // tau | b, a, u ~ Gamma(a + n/2, b + |y + s u - x'b - a|^2 / 2).
+    m_tau = dist::GammaDraw(rng, m_data.priors.a + 0.5 * static_cast<double>(n), m_data.priors.b + 0.5 * squares);
+    if (m_keeping) {
+      m_effSum += (-m_u).array().exp().matrix();
+      m_uSum += m_u;
+      ++m_kept;
+    }
+  }
+
+  // b, the determinants' coefficients, tau, [omega], the inefficiency's other parameters.
+  void Record(DrawRow row) const override {
+    const Eigen::Index k = m_b.size(), p = m_ineff->DeterminantCount();
+    m_ineff->Record(m_thetaRow);
+    row.head(k) = m_b.transpose();
+    row.segment(k, p) = m_thetaRow.head(p);
+    Eigen::Index at = k + p;
+    row(at++) = m_tau;
+    if (m_data.groups) row(at++) = m_omega;
+    row.segment(at, m_thetaRow.size() - p) = m_thetaRow.tail(m_thetaRow.size() - p);
+  }
+
+  void EndBurnin() override {
+    m_ineff->EndBurnin();
+    m_keeping = true;
+  }
+
+  const Eigen::VectorXd& EfficiencySum() const { return m_effSum; }
+  const Eigen::VectorXd& InefficiencySum() const { return m_uSum; }
+  long Kept() const { return m_kept; }
+  const Inefficiency& Distribution() const { return *m_ineff; }
+
+private:
+  const FrontierData& m_data;
+  std::unique_ptr<Inefficiency> m_ineff;
+  Eigen::VectorXd m_b;
+  double m_tau;
+  double m_omega = 1.0;
+  Eigen::VectorXd m_u, m_index, m_w, m_ystar, m_Xtz, m_z, m_effects, m_weights, m_kappa;
+  mutable Eigen::RowVectorXd m_thetaRow;
+  Eigen::LLT<Eigen::MatrixXd> m_llt;
+  std::unique_ptr<RandomInterceptStep> m_effectStep;
+  bool m_keeping = false;
+  Eigen::VectorXd m_effSum, m_uSum;
+  long m_kept = 0;
+};
+
+}  // namespace
+
+std::vector<std::string> StochasticFrontier::ParameterLabels(bool firmEffects) const {
+  std::vector<std::string> labels = {"tau"};
+  if (firmEffects) labels.push_back("omega");
+  for (const std::string& label : m_inefficiency->Labels()) labels.push_back(label);
+  return labels;
+}
+
+double StochasticFrontier::LogLikelihood(const Eigen::VectorXd& b, double tau, const Eigen::VectorXd& theta) const {
+  const Eigen::VectorXd w = m_sign * (*m_X * b - *m_y);
+  return m_inefficiency->LogConvolvedDensity(w, tau, theta);
+}
+
+bool StochasticFrontier::Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd& X, const std::vector<int>& groups,
+                                bool cost, const Priors& priors, const EventDispatcher& out,
+                                const std::atomic<bool>* interrupt) {
+  m_y = &y;
+  m_X = &X;
+  m_sign = cost ? -1.0 : 1.0;
+  m_priors = priors;
+  const Eigen::Index n = y.size(), k = X.cols();
+  const bool firmEffects = !groups.empty();
+  PanelGroups panel;
+  if (firmEffects) panel = PanelGroups::FromCodes(groups);
+  m_inefficiency->Prepare(n);
+  const FrontierData data{y, X, X.transpose() * X, m_sign, firmEffects ? &panel : nullptr, m_priors};
+
+  // Chains start at the least-squares fit, with u at a share of the residuals' spread (spread
+  // across chains by a factor between 1/2 and 2 so that R-hat can reveal slow mixing) and the
+  // intercept shifted by it where the regressors have one.
+  const Eigen::VectorXd fit = (data.XtX + m_priors.coefficients.precision)
+                                  .llt()
+                                  .solve(X.transpose() * y + m_priors.coefficients.precisionTimesMean);
+  const double variance = (y - X * fit).squaredNorm() / static_cast<double>(std::max<Eigen::Index>(1, n - k));
+  const double sd = std::sqrt(std::max(variance, 1e-12));
+  const long chains = Settings().chains;
+  auto make = [&](int c) -> std::unique_ptr<GibbsChain> {
+    const double spread = chains > 1 ? std::pow(2.0, 2.0 * c / static_cast<double>(chains - 1) - 1.0) : 1.0;
+    return std::make_unique<FrontierChain>(data, m_inefficiency->Clone(), fit, 2.0 / variance, 0.5 * sd * spread);
+  };
+  const Eigen::Index shown = k + 1 + (firmEffects ? 1 : 0) + m_inefficiency->Count();
+  if (!RunChains(make, static_cast<int>(shown), out, interrupt)) return false;
+
+  efficiency = Eigen::VectorXd::Zero(n);
+  inefficiency = Eigen::VectorXd::Zero(n);
+  long kept = 0;
+  double accepted = 0.0;
+  for (const auto& chain : Chains()) {
+    const auto& c = static_cast<const FrontierChain&>(*chain);
+    efficiency += c.EfficiencySum();
+    inefficiency += c.InefficiencySum();
+    kept += c.Kept();
+    accepted += c.Distribution().Acceptance();
+  }
+  efficiency /= static_cast<double>(std::max(1L, kept));
+  inefficiency /= static_cast<double>(std::max(1L, kept));
+  acceptance = accepted / static_cast<double>(Chains().size());
+  if (firmEffects) return true;
+
+  // Lewis & Raftery on (b, log tau, theta with positive parameters in logs), u integrated out;
+  // the kernel gains the Jacobian of every log. Columns: b, theta's determinants, tau, the rest.
+  const Eigen::MatrixXd pooled = PoolDraws(shown);
+  const std::vector<bool> positive = m_inefficiency->Positive();
+  const Eigen::Index p = m_inefficiency->DeterminantCount();
+  auto columnOfTheta = [&](std::size_t j) {
+    const auto i = static_cast<Eigen::Index>(j);
+    return i < p ? k + i : k + 1 + i;
+  };
+  Eigen::MatrixXd transformed = pooled;
+  transformed.col(k + p) = pooled.col(k + p).array().log();
+  for (std::size_t j = 0; j < positive.size(); ++j) {
+    if (positive[j]) transformed.col(columnOfTheta(j)) = pooled.col(columnOfTheta(j)).array().log();
+  }
+  const Eigen::VectorXd centre = transformed.colwise().mean().transpose();
+  const Eigen::VectorXd bStar = centre.head(k);
+  const double tauStar = std::exp(centre(k + p));
+  Eigen::VectorXd theta(m_inefficiency->Count());
+  double logJacobian = std::log(tauStar);
+  for (std::size_t j = 0; j < positive.size(); ++j) {
+    const auto i = static_cast<Eigen::Index>(j);
+    theta(i) = centre(columnOfTheta(j));
+    if (!positive[j]) continue;
+    logJacobian += theta(i);
+    theta(i) = std::exp(theta(i));
+  }
+  const double kernel = LogLikelihood(bStar, tauStar, theta) +
+                        mlik::LogNormalDensity(bStar, m_priors.coefficients.mean, m_priors.coefficients.precision) +
+                        mlik::LogGammaDensity(tauStar, m_priors.a, m_priors.b) + m_inefficiency->LogPrior(theta) +
+                        logJacobian;
+  logML = mlik::LaplaceMetropolis(kernel, transformed);
+  return true;
+}

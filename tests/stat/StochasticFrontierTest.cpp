@@ -1,0 +1,170 @@
+// Stochastic frontiers: the composed error's densities against each other and against their
+// normalisation, recovery of simulated parameters and efficiency scores for every distribution,
+// production and cost frontiers, and the marginal likelihoods' choice of the true distribution.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+
+#include "CompositeError.h"
+#include "EventDispatcher.h"
+#include "MarginalLikelihood.h"
+#include "PooledDraws.h"
+#include "RandomEngine.h"
+#include "SF_EXP.h"
+#include "SF_GAMMA.h"
+#include "SF_HNORM.h"
+#include "SF_IE_EXP.h"
+#include "SF_LNORM.h"
+#include "SF_TNORM.h"
+#include "Gamma.h"
+#include "TruncatedNormal.h"
+
+namespace {
+
+Eigen::VectorXd Gibbs(long draws, long burnin, long chains = 1) {
+  Eigen::VectorXd g(5);
+  g << static_cast<double>(draws), static_cast<double>(burnin), static_cast<double>(chains), 1, 42;
+  return g;
+}
+
+StochasticFrontier::Priors Priors(Eigen::Index k) {
+  StochasticFrontier::Priors p;
+  p.coefficients = LinearPrior::Combine(Eigen::VectorXd::Zero(k), Eigen::MatrixXd::Identity(k, k) * 1e-3,
+                                        Eigen::MatrixXd(0, k), Eigen::VectorXd(0), Eigen::MatrixXd(0, 0));
+  return p;
+}
+
+InefficiencyPrior VaguePrior(Eigen::Index p = 1) {
+  InefficiencyPrior prior;
+  prior.scaleShape = 1.0;
+  prior.scaleRate = 0.1;
+  prior.locationMean = Eigen::VectorXd::Zero(p);
+  prior.locationPrecision = Eigen::MatrixXd::Identity(p, p);
+  return prior;
+}
+
+struct Sample {
+  Eigen::VectorXd y, u;
+  Eigen::MatrixXd X, Z;
+};
+
+// y = X b + v - s u, X = [1, x1, x2], v ~ N(0, sv^2), u from `drawU(rng, i)`.
+Sample Simulate(int n, const Eigen::VectorXd& b, double sv, bool cost, std::uint64_t seed,
+                const std::function<double(RandomEngine&, const Sample&, int)>& drawU) {
+  RandomEngine rng;
+  rng.Seed(seed);
+  Sample s;
+  s.X.resize(n, b.size());
+  s.Z.resize(n, 2);
+  s.y.resize(n);
+  s.u.resize(n);
+  for (int i = 0; i < n; ++i) {
+    s.X(i, 0) = 1.0;
+    for (Eigen::Index j = 1; j < b.size(); ++j) s.X(i, j) = rng.Normal();
+    s.Z(i, 0) = 1.0;
+    s.Z(i, 1) = rng.Normal();
+  }
+  for (int i = 0; i < n; ++i) {
+    s.u(i) = drawU(rng, s, i);
+    s.y(i) = s.X.row(i).dot(b) + sv * rng.Normal() + (cost ? s.u(i) : -s.u(i));
+  }
+  return s;
+}
+
+// Posterior means within `sds` posterior standard deviations of the truth (NaN: not checked).
+void ExpectRecovered(const Estimator& estimator, const Eigen::VectorXd& truth, double sds = 4.0) {
+  const Eigen::MatrixXd draws = Pooled(estimator);
+  ASSERT_EQ(draws.cols(), truth.size());
+  const Eigen::RowVectorXd mean = draws.colwise().mean();
+  const Eigen::MatrixXd cov = mlik::Covariance(draws);
+  for (Eigen::Index j = 0; j < truth.size(); ++j) {
+    if (!std::isnan(truth(j))) EXPECT_NEAR(mean(j), truth(j), sds * std::sqrt(cov(j, j))) << "parameter " << j;
+  }
+}
+
+double Correlation(const Eigen::VectorXd& a, const Eigen::VectorXd& b) {
+  const Eigen::ArrayXd x = a.array() - a.mean(), y = b.array() - b.mean();
+  return (x * y).sum() / std::sqrt((x * x).sum() * (y * y).sum());
+}
+
+// The integrals of a density f and of w f(w) over [-6, 10], by Simpson's rule (fine enough for
+// densities of spread above 0.2).
+std::pair<double, double> MassAndMean(const std::function<double(double)>& f) {
+  const int intervals = 1600;
+  const double a = -6.0, h = 16.0 / intervals;
+  double mass = 0.0, mean = 0.0;
+  for (int j = 0; j <= intervals; ++j) {
+    const double w = a + h * j, weight = (j == 0 || j == intervals) ? 1.0 : (j % 2 == 1 ? 4.0 : 2.0);
+    const double value = f(w);
+    mass += weight * value;
+    mean += weight * w * value;
+  }
+  return {mass * h / 3.0, mean * h / 3.0};
+}
+
+const Eigen::VectorXd kB = (Eigen::VectorXd(3) << 1.0, 0.5, -0.3).finished();
+
+}  // namespace
+
+TEST(CompositeError, DensitiesIntegrateToOneAndAgreeWhereTheyCoincide) {
+  using D = InefficiencyDistribution;
+  const double sigma = 0.3;
+  struct Case { D d; double p1, p2; };
+  for (const Case& c : {Case{D::HalfNormal, 4.0, 0}, Case{D::TruncatedNormal, 0.3, 9.0}, Case{D::TruncatedNormal, -0.4, 4.0},
+                        Case{D::Exponential, 3.0, 0}, Case{D::Gamma, 2.5, 6.0}, Case{D::Gamma, 0.6, 2.0},
+                        Case{D::LogNormal, -1.5, 2.0}}) {
+    SCOPED_TRACE(testing::Message() << static_cast<int>(c.d) << " " << c.p1 << " " << c.p2);
+    const auto [mass, mean] = MassAndMean([&](double w) { return std::exp(LogCompositeDensity(c.d, w, sigma, c.p1, c.p2)); });
+    EXPECT_NEAR(mass, 1.0, 1e-5);
+    // The mean of w is E(u).
+    EXPECT_NEAR(mean, MeanInefficiency(c.d, c.p1, c.p2), 1e-5);
+  }
+  // The gamma of shape 1 is the exponential: the quadrature against the closed form, tails included.
+  for (double w : {-3.0, -0.5, 0.0, 0.2, 1.0, 4.0}) {
+    EXPECT_NEAR(LogCompositeDensity(D::Gamma, w, 0.2, 1.0, 3.0), LogCompositeDensity(D::Exponential, w, 0.2, 3.0, 0), 1e-7)
+        << w;
+  }
+}
+
+TEST(CompositeError, MeanEfficiencyMatchesMonteCarlo) {
+  using D = InefficiencyDistribution;
+  RandomEngine rng;
+  rng.Seed(3);
+  const int n = 200000;
+  struct Case { D d; double p1, p2; std::function<double()> draw; };
+  const Case cases[] = {
+      {D::HalfNormal, 4.0, 0, [&] { return std::fabs(rng.Normal()) / 2.0; }},
+      {D::TruncatedNormal, 0.3, 9.0, [&] { return dist::TruncatedNormalDraw(rng, 0.3, 1.0 / 3.0, 0.0, INFINITY); }},
+      {D::Exponential, 3.0, 0, [&] { return -std::log1p(-rng.Uniform()) / 3.0; }},
+      {D::Gamma, 2.5, 6.0, [&] { return dist::GammaDraw(rng, 2.5, 6.0); }},
+      {D::LogNormal, -1.5, 2.0, [&] { return std::exp(-1.5 + rng.Normal() / std::sqrt(2.0)); }},
+  };
+  for (const Case& c : cases) {
+    double sum = 0.0;
+    for (int i = 0; i < n; ++i) sum += std::exp(-c.draw());
+    EXPECT_NEAR(sum / n, MeanEfficiency(c.d, c.p1, c.p2), 2e-3) << static_cast<int>(c.d);
+  }
+}
+
+TEST(StochasticFrontier, HalfNormalAndExponentialRecoverProductionAndCostFrontiers) {
+  for (bool cost : {false, true}) {
+    SCOPED_TRACE(cost ? "cost" : "production");
+    const Sample h = Simulate(2000, kB, 0.15, cost, 11, [](RandomEngine& rng, const Sample&, int) {
+      return std::fabs(rng.Normal()) * 0.4;
+    });
+    SF_HNORM hnorm(Gibbs(2000, 1000), VaguePrior());
+    ASSERT_TRUE(hnorm.Sample(h.y, h.X, {}, cost, Priors(3), EventDispatcher(), nullptr));
+    ExpectRecovered(hnorm, (Eigen::VectorXd(5) << kB, 1.0 / 0.0225, 1.0 / 0.16).finished());
+    EXPECT_GT(Correlation(hnorm.efficiency, (-h.u).array().exp().matrix()), 0.8);
+
+    const Sample e = Simulate(2000, kB, 0.15, cost, 12, [](RandomEngine& rng, const Sample&, int) {
+      return -std::log1p(-rng.Uniform()) / 4.0;
+    });
+    SF_EXP exponential(Gibbs(2000, 1000), VaguePrior());
+    ASSERT_TRUE(exponential.Sample(e.y, e.X, {}, cost, Priors(3), EventDispatcher(), nullptr));
+    ExpectRecovered(exponential, (Eigen::VectorXd(5) << kB, 1.0 / 0.0225, 4.0).finished());
+    EXPECT_GT(Correlation(exponential.efficiency, (-e.u).array().exp().matrix()), 0.8);
+    EXPECT_GT(Correlation(exponential.inefficiency, e.u), 0.8);
+  }
+}
