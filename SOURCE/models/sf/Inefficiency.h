@@ -38,8 +38,12 @@ public:
   virtual void Start(double meanU) = 0;
   // u_i | w_i, tau, parameters for every observation.
   virtual void DrawInefficiency(const Eigen::VectorXd& w, double tau, RandomEngine& rng, Eigen::VectorXd& u) = 0;
-  // The parameters given u.
-  virtual void DrawParameters(const Eigen::VectorXd& u, RandomEngine& rng) = 0;
+  // The parameters given u, or given w and tau with u integrated out where that mixes better
+  // (the draw of u that follows then completes a draw of both from their joint conditional).
+  virtual void DrawParameters(const Eigen::VectorXd& u, const Eigen::VectorXd& w, double tau, RandomEngine& rng) = 0;
+  // sum_i log g(u_i + shift) up to a constant, g the density of u at the current parameters
+  // (-inf when some u_i + shift <= 0): the target of the move that shifts u and the intercept.
+  virtual double LogDensitySum(const Eigen::VectorXd& u, double shift) const = 0;
   virtual void Record(Eigen::Ref<Eigen::RowVectorXd> out) const = 0;
   // Tuned proposals stop tuning.
   virtual void EndBurnin() {}

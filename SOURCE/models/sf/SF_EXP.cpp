@@ -2,6 +2,7 @@
 #include "SF_EXP.h"
 
 #include <cmath>
+#include <limits>
 
 #include "CompositeError.h"
 #include "Gamma.h"
@@ -26,9 +27,13 @@ public:
       u(i) = mean + sd * dist::StandardNormalTailDraw(rng, -mean / sd);
     }
   }
-  void DrawParameters(const Eigen::VectorXd& u, RandomEngine& rng) override {
+  void DrawParameters(const Eigen::VectorXd& u, const Eigen::VectorXd&, double, RandomEngine& rng) override {
     // lambda | u ~ Gamma(a + n, b + sum u).
     m_lambda = dist::GammaDraw(rng, m_prior.scaleShape + static_cast<double>(u.size()), m_prior.scaleRate + u.sum());
+  }
+  double LogDensitySum(const Eigen::VectorXd& u, double shift) const override {
+    if (u.minCoeff() + shift <= 0.0) return -std::numeric_limits<double>::infinity();
+    return -m_lambda * (u.sum() + static_cast<double>(u.size()) * shift);
   }
   void Record(Eigen::Ref<Eigen::RowVectorXd> out) const override { out(0) = m_lambda; }
   double LogPrior(const Eigen::VectorXd& theta) const override {

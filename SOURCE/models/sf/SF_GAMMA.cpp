@@ -2,6 +2,7 @@
 #include "SF_GAMMA.h"
 
 #include <cmath>
+#include <limits>
 
 #include "CompositeError.h"
 #include "Gamma.h"
@@ -33,13 +34,20 @@ public:
       if (proposal > 0.0 && std::log(rng.Uniform()) < power * (std::log(proposal) - std::log(u(i)))) u(i) = proposal;
     }
   }
-  void DrawParameters(const Eigen::VectorXd& u, RandomEngine& rng) override {
-    // shape | lambda, u by a random walk on its log; lambda | shape, u ~ Gamma(a + n shape, b + sum u).
+  void DrawParameters(const Eigen::VectorXd& u, const Eigen::VectorXd&, double, RandomEngine& rng) override {
+    // shape | u with lambda integrated out (a random walk on its log; shape and lambda are
+    // strongly correlated given u), then lambda | shape, u ~ Gamma(a + n shape, b + sum u).
     m_sumLogU = u.array().log().sum();
+    m_sumU = u.sum();
     m_n = static_cast<double>(u.size());
     double logTarget = ShapeTarget(m_logShape);
     m_shapeStep.Step(m_logShape, logTarget, [this](const Eigen::VectorXd& l) { return ShapeTarget(l); }, rng);
-    m_lambda = dist::GammaDraw(rng, m_prior.scaleShape + m_n * std::exp(m_logShape(0)), m_prior.scaleRate + u.sum());
+    m_lambda = dist::GammaDraw(rng, m_prior.scaleShape + m_n * std::exp(m_logShape(0)), m_prior.scaleRate + m_sumU);
+  }
+  double LogDensitySum(const Eigen::VectorXd& u, double shift) const override {
+    if (u.minCoeff() + shift <= 0.0) return -std::numeric_limits<double>::infinity();
+    const Eigen::ArrayXd shifted = u.array() + shift;
+    return (std::exp(m_logShape(0)) - 1.0) * shifted.log().sum() - m_lambda * shifted.sum();
   }
   void Record(Eigen::Ref<Eigen::RowVectorXd> out) const override {
     out(0) = std::exp(m_logShape(0));
@@ -62,18 +70,19 @@ public:
   }
 
 private:
-  // log p(log shape | lambda, u), the Jacobian included.
+  // log p(log shape | u), lambda integrated out, the Jacobian included:
+  // p(shape) Gamma(a + n shape) / (b + sum u)^(a + n shape) prod u^(shape - 1) / Gamma(shape)^n.
   double ShapeTarget(const Eigen::VectorXd& logShape) const {
-    const double shape = std::exp(logShape(0));
-    return m_prior.shapeShape * logShape(0) - m_prior.shapeRate * shape +
-           m_n * (shape * std::log(m_lambda) - std::lgamma(shape)) + (shape - 1.0) * m_sumLogU;
+    const double shape = std::exp(logShape(0)), a = m_prior.scaleShape + m_n * shape;
+    return m_prior.shapeShape * logShape(0) - m_prior.shapeRate * shape + std::lgamma(a) -
+           a * std::log(m_prior.scaleRate + m_sumU) - m_n * std::lgamma(shape) + (shape - 1.0) * m_sumLogU;
   }
 
   InefficiencyPrior m_prior;
   RandomWalkStep m_shapeStep;
   Eigen::VectorXd m_logShape;
   double m_lambda = 1.0;
-  double m_sumLogU = 0.0, m_n = 0.0;
+  double m_sumLogU = 0.0, m_sumU = 0.0, m_n = 0.0;
 };
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include "SF_HNORM.h"
 
 #include <cmath>
+#include <limits>
 
 #include "CompositeError.h"
 #include "Gamma.h"
@@ -26,10 +27,14 @@ public:
       u(i) = mean + sd * dist::StandardNormalTailDraw(rng, -mean / sd);
     }
   }
-  void DrawParameters(const Eigen::VectorXd& u, RandomEngine& rng) override {
+  void DrawParameters(const Eigen::VectorXd& u, const Eigen::VectorXd&, double, RandomEngine& rng) override {
     // omega_u | u ~ Gamma(a + n/2, b + u'u/2).
     m_omega = dist::GammaDraw(rng, m_prior.scaleShape + 0.5 * static_cast<double>(u.size()),
                               m_prior.scaleRate + 0.5 * u.squaredNorm());
+  }
+  double LogDensitySum(const Eigen::VectorXd& u, double shift) const override {
+    if (u.minCoeff() + shift <= 0.0) return -std::numeric_limits<double>::infinity();
+    return -0.5 * m_omega * (u.array() + shift).square().sum();
   }
   void Record(Eigen::Ref<Eigen::RowVectorXd> out) const override { out(0) = m_omega; }
   double LogPrior(const Eigen::VectorXd& theta) const override {

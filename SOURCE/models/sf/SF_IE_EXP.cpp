@@ -2,6 +2,7 @@
 #include "SF_IE_EXP.h"
 
 #include <cmath>
+#include <limits>
 
 #include "CompositeError.h"
 #include "MarginalLikelihood.h"
@@ -40,12 +41,16 @@ public:
       u(i) = mean + sd * dist::StandardNormalTailDraw(rng, -mean / sd);
     }
   }
-  void DrawParameters(const Eigen::VectorXd& u, RandomEngine& rng) override {
+  void DrawParameters(const Eigen::VectorXd& u, const Eigen::VectorXd&, double, RandomEngine& rng) override {
     m_u = &u;
     double logTarget = Target(m_d);
     if (m_step.Step(m_d, logTarget, [this](const Eigen::VectorXd& d) { return Target(d); }, rng)) {
       m_rate = (-(m_Z * m_d)).array().exp().matrix();
     }
+  }
+  double LogDensitySum(const Eigen::VectorXd& u, double shift) const override {
+    if (u.minCoeff() + shift <= 0.0) return -std::numeric_limits<double>::infinity();
+    return -(m_rate.array() * (u.array() + shift)).sum();
   }
   void Record(Eigen::Ref<Eigen::RowVectorXd> out) const override { out = m_d.transpose(); }
   void EndBurnin() override { m_step.EndBurnin(); }

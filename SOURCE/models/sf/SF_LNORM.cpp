@@ -2,17 +2,21 @@
 #include "SF_LNORM.h"
 
 #include <cmath>
+#include <limits>
 
 #include "CompositeError.h"
 #include "Gamma.h"
 #include "MarginalLikelihood.h"
-#include "RandomWalkStep.h"
+#include "BinaryAugmentation.h"
+#include "TruncatedNormal.h"
 
 namespace {
 
+constexpr double kLogSqrt2Pi = 0.91893853320467274178;
+
 class LogNormalInefficiency : public Inefficiency {
 public:
-  explicit LogNormalInefficiency(const InefficiencyPrior& prior) : m_prior(prior), m_scale(1.0, 0.44) {}
+  explicit LogNormalInefficiency(const InefficiencyPrior& prior) : m_prior(prior) {}
   std::unique_ptr<Inefficiency> Clone() const override { return std::make_unique<LogNormalInefficiency>(*this); }
   std::vector<std::string> Labels() const override { return {"mu_u", "omega_u"}; }
   std::vector<bool> Positive() const override { return {false, true}; }
@@ -22,34 +26,45 @@ public:
   }
 
   void DrawInefficiency(const Eigen::VectorXd& w, double tau, RandomEngine& rng, Eigen::VectorXd& u) override {
-    // t = log u: log p(t | w) = -tau/2 (w - e^t)^2 - omega/2 (t - mu)^2 (the log-normal's 1/u and
-    // the Jacobian u cancel). The proposal's spread at t is 1 / sqrt(omega + tau e^2t), the
-    // curvature of the first term's Gauss-Newton approximation.
-    auto logTarget = [&](double t, double wi) {
-      const double e = wi - std::exp(t), d = t - m_mu;
-      return -0.5 * (tau * e * e + m_omega * d * d);
+    // An independence step per observation whose proposal mixes, half and half, the log-normal
+    // itself (right where the noise hides u) and N(w, 1/tau) truncated to u > 0 (right where
+    // w pins u down). Target: exp(-tau/2 (w - u)^2) LN(u; mu, 1/omega).
+    const double sigma = 1.0 / std::sqrt(tau), sd = 1.0 / std::sqrt(m_omega);
+    const double logHalf = std::log(0.5);
+    auto logLogNormal = [&](double x) {
+      const double d = (std::log(x) - m_mu) / sd;
+      return -0.5 * d * d - std::log(x * sd) - kLogSqrt2Pi;
     };
-    auto spread = [&](double t) { return 1.0 / std::sqrt(m_omega + tau * std::exp(2.0 * t)); };
-    const double scale = m_scale.Scale();
-    double probabilities = 0.0;
     long accepted = 0;
     for (Eigen::Index i = 0; i < w.size(); ++i) {
-      const double t = std::log(u(i)), s = scale * spread(t);
-      const double proposal = t + s * rng.Normal();
-      const double sProposal = scale * spread(proposal);
-      const double step = proposal - t;
-      // log q(t | t') - log q(t' | t) for the Normal proposals of spreads s' and s.
-      const double correction = std::log(s / sProposal) - 0.5 * step * step * (1.0 / (sProposal * sProposal) - 1.0 / (s * s));
-      const double logAccept = LogAcceptanceProbability(logTarget(t, w(i)), logTarget(proposal, w(i)) + correction);
-      probabilities += std::exp(logAccept);
+      const double logMass = LogNormalCdf(w(i) / sigma);  // of the truncated Normal
+      auto logNoise = [&](double x) {
+        const double d = (w(i) - x) / sigma;
+        return -0.5 * d * d;
+      };
+      auto logProposal = [&](double x) {
+        const double a = logHalf + logLogNormal(x);
+        const double b = logHalf + logNoise(x) - std::log(sigma) - kLogSqrt2Pi - logMass;
+        const double top = std::max(a, b);
+        return top + std::log(std::exp(a - top) + std::exp(b - top));
+      };
+      const double proposal = rng.Uniform() < 0.5
+                                  ? std::exp(m_mu + sd * rng.Normal())
+                                  : w(i) + sigma * dist::StandardNormalTailDraw(rng, -w(i) / sigma);
+      if (!(proposal > 0.0)) continue;
+      const double logAccept = (logNoise(proposal) + logLogNormal(proposal) - logProposal(proposal)) -
+                               (logNoise(u(i)) + logLogNormal(u(i)) - logProposal(u(i)));
       if (std::log(rng.Uniform()) < logAccept) {
-        u(i) = std::exp(proposal);
+        u(i) = proposal;
         ++accepted;
       }
     }
-    m_scale.UpdateBatch(probabilities / static_cast<double>(w.size()), accepted, static_cast<long>(w.size()));
+    if (m_keeping) {
+      m_accepted += accepted;
+      m_proposed += w.size();
+    }
   }
-  void DrawParameters(const Eigen::VectorXd& u, RandomEngine& rng) override {
+  void DrawParameters(const Eigen::VectorXd& u, const Eigen::VectorXd&, double, RandomEngine& rng) override {
     // mu_u | omega_u, u ~ N((P m + omega sum t) / (P + n omega), 1 / (P + n omega)), then
     // omega_u | mu_u, u ~ Gamma(a + n/2, b + sum (t - mu)^2 / 2), t = log u.
     const auto n = static_cast<double>(u.size());
@@ -59,12 +74,20 @@ public:
     const double squares = (u.array().log() - m_mu).square().sum();
     m_omega = dist::GammaDraw(rng, m_prior.scaleShape + 0.5 * n, m_prior.scaleRate + 0.5 * squares);
   }
+  double LogDensitySum(const Eigen::VectorXd& u, double shift) const override {
+    if (u.minCoeff() + shift <= 0.0) return -std::numeric_limits<double>::infinity();
+    const Eigen::ArrayXd t = (u.array() + shift).log();
+    return -t.sum() - 0.5 * m_omega * (t - m_mu).square().sum();
+  }
   void Record(Eigen::Ref<Eigen::RowVectorXd> out) const override {
     out(0) = m_mu;
     out(1) = m_omega;
   }
-  void EndBurnin() override { m_scale.EndTuning(); }
-  double Acceptance() const override { return m_scale.AcceptanceRate(); }
+  void EndBurnin() override { m_keeping = true; }
+  double Acceptance() const override {
+    return m_proposed > 0 ? static_cast<double>(m_accepted) / static_cast<double>(m_proposed)
+                          : std::numeric_limits<double>::quiet_NaN();
+  }
 
   double LogPrior(const Eigen::VectorXd& theta) const override {
     const double d = theta(0) - m_prior.locationMean(0), P = m_prior.locationPrecision(0, 0);
@@ -82,7 +105,8 @@ public:
 
 private:
   InefficiencyPrior m_prior;
-  AdaptiveScale m_scale;
+  bool m_keeping = false;
+  long m_accepted = 0, m_proposed = 0;
   double m_mu = 0.0, m_omega = 1.0;
 };
 

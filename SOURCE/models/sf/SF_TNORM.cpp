@@ -2,6 +2,7 @@
 #include "SF_TNORM.h"
 
 #include <cmath>
+#include <limits>
 
 #include "BinaryAugmentation.h"
 #include "CompositeError.h"
@@ -62,7 +63,7 @@ public:
       u(i) = mean + sd * dist::StandardNormalTailDraw(rng, -mean / sd);
     }
   }
-  void DrawParameters(const Eigen::VectorXd& u, RandomEngine& rng) override {
+  void DrawParameters(const Eigen::VectorXd& u, const Eigen::VectorXd&, double, RandomEngine& rng) override {
     m_u = &u;
     double logTarget = LocationTarget(m_d);
     if (m_locationStep.Step(m_d, logTarget, [this](const Eigen::VectorXd& d) { return LocationTarget(d); }, rng)) {
@@ -70,6 +71,10 @@ public:
     }
     logTarget = ScaleTarget(m_logOmega);
     m_scaleStep.Step(m_logOmega, logTarget, [this](const Eigen::VectorXd& l) { return ScaleTarget(l); }, rng);
+  }
+  double LogDensitySum(const Eigen::VectorXd& u, double shift) const override {
+    if (u.minCoeff() + shift <= 0.0) return -std::numeric_limits<double>::infinity();
+    return -0.5 * std::exp(m_logOmega(0)) * (u.array() + shift - m_mu.array()).square().sum();
   }
   void Record(Eigen::Ref<Eigen::RowVectorXd> out) const override {
     out.head(m_d.size()) = m_d.transpose();

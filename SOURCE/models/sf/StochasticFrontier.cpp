@@ -6,6 +6,7 @@
 #include "Gamma.h"
 #include "MarginalLikelihood.h"
 #include "RandomIntercepts.h"
+#include "RandomWalkStep.h"
 
 namespace {
 
@@ -17,6 +18,7 @@ struct FrontierData {
   double sign;  // 1 production, -1 cost
   const PanelGroups* groups;  // null without firm effects
   const StochasticFrontier::Priors& priors;
+  Eigen::Index constant;  // the column of ones among the regressors, -1 when there is none
 };
 
 class FrontierChain : public GibbsChain {
@@ -26,7 +28,8 @@ public:
       : m_data(data), m_ineff(std::move(inefficiency)), m_b(std::move(b)), m_tau(tau),
         m_u(Eigen::VectorXd::Constant(data.y.size(), startU)), m_index(data.y.size()), m_w(data.y.size()),
         m_ystar(data.y.size()), m_Xtz(m_b.size()), m_z(m_b.size()), m_thetaRow(m_ineff->Count()),
-        m_effSum(Eigen::VectorXd::Zero(data.y.size())), m_uSum(Eigen::VectorXd::Zero(data.y.size())) {
+        m_effSum(Eigen::VectorXd::Zero(data.y.size())), m_uSum(Eigen::VectorXd::Zero(data.y.size())),
+        m_shiftStep(Eigen::MatrixXd::Identity(1, 1), 0.1 * startU, 0.44), m_shift(1) {
     m_ineff->Start(startU);
     if (data.groups) {
       m_effects = Eigen::VectorXd::Zero(data.groups->Count());
@@ -38,12 +41,12 @@ public:
 
   void Sweep(RandomEngine& rng) override {
     const Eigen::Index n = m_data.y.size();
-    // theta | u.
-    m_ineff->DrawParameters(m_u, rng);
-    // u | b, a, tau, theta, through w = s (x'b + a - y) = u - s v.
+    // theta | u (or | b, a, tau with u integrated out), then u | b, a, tau, theta, both through
+    // w = s (x'b + a - y) = u - s v.
     m_index.noalias() = m_data.X * m_b;
     if (m_data.groups) m_data.groups->AddEffects(m_effects, 0, n, m_index);
     m_w = m_data.sign * (m_index - m_data.y);
+    m_ineff->DrawParameters(m_u, m_w, m_tau, rng);
     m_ineff->DrawInefficiency(m_w, m_tau, rng, m_u);
     // b (and a) | u, tau: the regression of y + s u on x.
     m_ystar = m_data.y + m_data.sign * m_u;
@@ -64,6 +67,7 @@ public:
       m_omega = dist::GammaDraw(rng, m_data.priors.aRe + 0.5 * static_cast<double>(m_effects.size()),
                                 m_data.priors.bRe + 0.5 * m_effects.squaredNorm());
     }
+    if (m_data.constant >= 0) ShiftInefficiency(rng);
     // tau | b, a, u ~ Gamma(a + n/2, b + |y + s u - x'b - a|^2 / 2).
     m_tau = dist::GammaDraw(rng, m_data.priors.a + 0.5 * static_cast<double>(n), m_data.priors.b + 0.5 * squares);
     if (m_keeping) {
@@ -86,6 +90,7 @@ public:
   }
 
   void EndBurnin() override {
+    m_shiftStep.EndBurnin();
     m_ineff->EndBurnin();
     m_keeping = true;
   }
@@ -96,6 +101,26 @@ public:
   const Inefficiency& Distribution() const { return *m_ineff; }
 
 private:
+  // The intercept and every u_i move together by the same amount (the residuals v stay as they
+  // are): a Metropolis-Hastings step along the direction in which the intercept and the level of
+  // u are confounded, which single-component Gibbs steps cross slowly. Its target is the
+  // density of the shifted u times the coefficients' prior at the shifted intercept.
+  void ShiftInefficiency(RandomEngine& rng) {
+    const Eigen::Index c = m_data.constant;
+    const LinearPrior& prior = m_data.priors.coefficients;
+    const double slope = prior.precision.row(c).dot(m_b - prior.mean), curvature = prior.precision(c, c);
+    auto logTarget = [&](const Eigen::VectorXd& shift) {
+      const double s = m_data.sign * shift(0);  // the intercept moves by s times the shift of u
+      return m_ineff->LogDensitySum(m_u, shift(0)) - s * slope - 0.5 * s * s * curvature;
+    };
+    m_shift(0) = 0.0;
+    double current = logTarget(m_shift);
+    if (m_shiftStep.Step(m_shift, current, logTarget, rng)) {
+      m_u.array() += m_shift(0);
+      m_b(c) += m_data.sign * m_shift(0);
+    }
+  }
+
   const FrontierData& m_data;
   std::unique_ptr<Inefficiency> m_ineff;
   Eigen::VectorXd m_b;
@@ -108,6 +133,8 @@ private:
   bool m_keeping = false;
   Eigen::VectorXd m_effSum, m_uSum;
   long m_kept = 0;
+  RandomWalkStep m_shiftStep;
+  Eigen::VectorXd m_shift;
 };
 
 }  // namespace
@@ -136,7 +163,11 @@ bool StochasticFrontier::Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd&
   PanelGroups panel;
   if (firmEffects) panel = PanelGroups::FromCodes(groups);
   m_inefficiency->Prepare(n);
-  const FrontierData data{y, X, X.transpose() * X, m_sign, firmEffects ? &panel : nullptr, m_priors};
+  Eigen::Index constant = -1;
+  for (Eigen::Index j = 0; j < k && constant < 0; ++j) {
+    if ((X.col(j).array() == 1.0).all()) constant = j;
+  }
+  const FrontierData data{y, X, X.transpose() * X, m_sign, firmEffects ? &panel : nullptr, m_priors, constant};
 
   // Chains start at the least-squares fit, with u at a share of the residuals' spread (spread
   // across chains by a factor between 1/2 and 2 so that R-hat can reveal slow mixing) and the
