@@ -222,3 +222,25 @@ TEST(StochasticFrontier, LogNormalRecovered) {
   ExpectRecovered(model, (Eigen::VectorXd(6) << kB, 1.0 / (kSmallNoise * kSmallNoise), -1.2, 4.0).finished());
   EXPECT_GT(Correlation(model.efficiency, (-s.u).array().exp().matrix()), 0.8);
 }
+
+// Determinants of inefficiency: the exponential's log mean and the truncated normal's location
+// are z'd, z = [1, z1].
+TEST(StochasticFrontier, DeterminantsOfInefficiencyRecovered) {
+  const Eigen::Vector2d d(-1.5, 0.5);
+  const Sample e = Simulate(2000, kB, kSmallNoise, false, 31, [&](RandomEngine& rng, const Sample& s, int i) {
+    return -std::log1p(-rng.Uniform()) * std::exp(s.Z.row(i).dot(d));
+  });
+  SF_IE_EXP exponential(Gibbs(2000, 1000), VaguePrior(2), e.Z);
+  ASSERT_TRUE(exponential.Sample(e.y, e.X, {}, false, Priors(3), EventDispatcher(), nullptr));
+  ExpectRecovered(exponential, (Eigen::VectorXd(6) << kB, d, 1.0 / (kSmallNoise * kSmallNoise)).finished());
+  EXPECT_GT(Correlation(exponential.efficiency, (-e.u).array().exp().matrix()), 0.8);
+
+  const Eigen::Vector2d location(0.1, 0.2);
+  const Sample t = Simulate(2000, kB, kSmallNoise, false, 32, [&](RandomEngine& rng, const Sample& s, int i) {
+    return dist::TruncatedNormalDraw(rng, s.Z.row(i).dot(location), 0.25, 0.0, INFINITY);
+  });
+  SF_IE_TNORM truncated(Gibbs(2000, 1000), VaguePrior(2), t.Z);
+  ASSERT_TRUE(truncated.Sample(t.y, t.X, {}, false, Priors(3), EventDispatcher(), nullptr));
+  ExpectRecovered(truncated, (Eigen::VectorXd(7) << kB, location, 1.0 / (kSmallNoise * kSmallNoise), 16.0).finished());
+  EXPECT_GT(Correlation(truncated.efficiency, (-t.u).array().exp().matrix()), 0.8);
+}

@@ -117,18 +117,33 @@ std::string PredictiveModel::ReadData(const ActionContext& context, const std::s
   return "OK";
 }
 
+std::string PredictiveModel::DescribeEffect(int type) const {
+  return &EffectsLink() == &Link() ? DescribeType(type) : EffectsLink().Describe(type);
+}
+
+std::string PredictiveModel::CheckEffectsType(const ActionOptions& options, const ActionContext& context) const {
+  if (&EffectsLink() == &Link()) return CheckType(options, context, "marginal effects");
+  const int types = EffectsLink().Types();
+  if (options.type >= 1 && options.type <= types) return "OK";
+  std::string text = "Model " + Quoted(context.modelName) + " offers " + std::to_string(types) + " type" +
+                     (types == 1 ? "" : "s") + " of marginal effects:";
+  for (int t = 1; t <= types; ++t) text += "\n-> " + std::to_string(t) + ": " + EffectsLink().Describe(t);
+  return text;
+}
+
 std::string PredictiveModel::ComputeMarginalEffects(const ActionOptions& options, const ActionContext& context,
                                                     MarginalEffects& out, bool& interrupted) const {
   interrupted = false;
-  if (options.type > Link().Types() && options.type <= Types()) {
+  const IndexLink& link = EffectsLink();
+  if (&link == &Link() && options.type > Link().Types() && options.type <= Types()) {
     return "Marginal effects of model " + Quoted(context.modelName) + " are available for the quantities " +
            "of types 1 to " + std::to_string(Link().Types()) + " only.";
   }
-  std::string status = CheckType(options, context, "marginal effects");
+  std::string status = CheckEffectsType(options, context);
   if (status != "OK") return status;
   if (options.optGiven) return "Model " + Quoted(context.modelName) + " takes no \"opt\" argument.";
   const int type = static_cast<int>(options.type);
-  const bool second = IndexOfSecondList(type);
+  const bool second = EffectsOfSecondList(type);
   const std::vector<std::string>& names = second ? Description().secondList : Description().regressors;
   const auto k = static_cast<Eigen::Index>(names.size());
   if (options.point == ActionOptions::Point::Given && options.pointValues.size() != k) {
@@ -185,12 +200,12 @@ std::string PredictiveModel::ComputeMarginalEffects(const ActionOptions& options
               const Eigen::Index j = binaries[m];
               atZero.noalias() = index - B.col(j).segment(d0, nd) * Xt.row(j);
               atOne = atZero.colwise() + B.col(j).segment(d0, nd);
-              Link().Quantity(type, atOne, slice);
-              Link().Quantity(type, atZero, slice);
+              link.Quantity(type, atOne, slice);
+              link.Quantity(type, atZero, slice);
               atOne -= atZero;
               AddRowSums(atOne, sums.col(static_cast<Eigen::Index>(m) + 1).segment(d0, nd));
             }
-            Link().Derivative(type, index, slice);
+            link.Derivative(type, index, slice);
             AddRowSums(index, sums.col(0).segment(d0, nd));
           }
         },
@@ -216,7 +231,7 @@ std::string PredictiveModel::ComputeMarginalEffects(const ActionOptions& options
     }
     const Eigen::MatrixXd index = B * x;  // D x 1
     Eigen::MatrixXd derivative = index;
-    Link().Derivative(type, derivative, draws);
+    link.Derivative(type, derivative, draws);
     for (Eigen::Index j = 0; j < k; ++j) {
       if (!binary[static_cast<std::size_t>(j)]) {
         effects.col(j) = derivative.col(0).cwiseProduct(B.col(j));
@@ -224,8 +239,8 @@ std::string PredictiveModel::ComputeMarginalEffects(const ActionOptions& options
       }
       Eigen::MatrixXd atOne = index + (1.0 - x(j)) * B.col(j);
       Eigen::MatrixXd atZero = index - x(j) * B.col(j);
-      Link().Quantity(type, atOne, draws);
-      Link().Quantity(type, atZero, draws);
+      link.Quantity(type, atOne, draws);
+      link.Quantity(type, atZero, draws);
       effects.col(j) = atOne.col(0) - atZero.col(0);
     }
   }
@@ -250,7 +265,7 @@ std::string PredictiveModel::Mfx(const ActionOptions& options, const ActionConte
   if (status != "OK" || result.interrupted) return status;
   std::size_t width = 12;
   for (const auto& name : effects.names) width = std::max(width, name.size() + 12);
-  std::string text = "\nMarginal effects on " + DescribeType(static_cast<int>(options.type)) + " (model " +
+  std::string text = "\nMarginal effects on " + DescribeEffect(static_cast<int>(options.type)) + " (model " +
                      Quoted(context.modelName) + "), " + effects.where + "\n\n";
   context.out.Print(text);
   context.out.Print(Header("Variable", width), true);

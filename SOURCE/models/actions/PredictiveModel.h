@@ -59,6 +59,11 @@ protected:
   // Whether the quantity of `type` is a function of the second list's index z'g (its coefficients
   // follow the main list's among the parameters) instead of x'b.
   virtual bool IndexOfSecondList(int /*type*/) const { return false; }
+  // The link of marginal effects and whether its index is the second list's: by default those of
+  // predictions; a family whose effects are on other quantities (the frontiers' determinants of
+  // inefficiency) gives its own.
+  virtual const IndexLink& EffectsLink() const { return Link(); }
+  virtual bool EffectsOfSecondList(int type) const { return IndexOfSecondList(type); }
   // Whether the rows used include those whose dependent value is missing.
   virtual MissingDependent DependentValues() const { return MissingDependent::LeaveOut; }
   // Variables besides the model's lists that decide which rows were used (a panel's groups).
@@ -83,4 +88,6 @@ private:
   std::string Predict(const ActionOptions& options, const ActionContext& context, ActionResult& result) const;
   std::string Store(const ActionOptions& options, const ActionContext& context, ActionResult& result) const;
   std::string CheckType(const ActionOptions& options, const ActionContext& context, const std::string& action) const;
+  std::string CheckEffectsType(const ActionOptions& options, const ActionContext& context) const;
+  std::string DescribeEffect(int type) const;
 };

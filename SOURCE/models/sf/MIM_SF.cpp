@@ -38,8 +38,10 @@ const std::map<std::string, ClassLayout>& Layouts() {
 // The inefficiency's parameters sit in the draws from column `first`.
 class FrontierLink : public IndexLink {
 public:
-  FrontierLink(InefficiencyDistribution d, Eigen::Index first, double sign) : m_d(d), m_first(first), m_sign(sign) {}
-  int Types() const override { return 3; }
+  // `types` 1: the frontier alone (the other quantities depend on z as well).
+  FrontierLink(InefficiencyDistribution d, Eigen::Index first, double sign, int types)
+      : m_d(d), m_first(first), m_sign(sign), m_types(types) {}
+  int Types() const override { return m_types; }
   std::string Describe(int type) const override {
     switch (type) {
       case 1: return "the frontier x'b";
@@ -70,6 +72,37 @@ private:
   InefficiencyDistribution m_d;
   Eigen::Index m_first;
   double m_sign;
+  int m_types;
+};
+
+// The distribution's parameters at the determinants' index z'd of one draw: the truncated
+// normal's (mu = z'd, omega_u), the exponential's rate exp(-z'd).
+struct DeterminantParameters {
+  InefficiencyDistribution d;
+  Eigen::Index omegaColumn;  // the truncated normal's omega_u among the draws
+  std::pair<double, double> operator()(double zIndex, const Eigen::Ref<const Eigen::MatrixXd>& draws, Eigen::Index row) const {
+    if (d == InefficiencyDistribution::Exponential) return {std::exp(-zIndex), 0.0};
+    return {zIndex, draws(row, omegaColumn)};
+  }
+};
+
+// Marginal effects of the determinants: type 1 on E(u), type 2 on E(exp(-u)), through z'd.
+class DeterminantsLink : public IndexLink {
+public:
+  explicit DeterminantsLink(DeterminantParameters parameters) : m_parameters(parameters) {}
+  int Types() const override { return 2; }
+  std::string Describe(int type) const override { return type == 1 ? "E(u|z)" : "E(exp(-u)|z)"; }
+  void Quantity(int type, Eigen::Ref<Eigen::MatrixXd> index, const Eigen::Ref<const Eigen::MatrixXd>& draws) const override {
+    for (Eigen::Index r = 0; r < index.rows(); ++r) {
+      for (Eigen::Index c = 0; c < index.cols(); ++c) {
+        const auto [p1, p2] = m_parameters(index(r, c), draws, r);
+        index(r, c) = type == 1 ? MeanInefficiency(m_parameters.d, p1, p2) : MeanEfficiency(m_parameters.d, p1, p2);
+      }
+    }
+  }
+
+private:
+  DeterminantParameters m_parameters;
 };
 
 std::string Cell(double x) {
@@ -140,9 +173,37 @@ bool MIM_SF::LayoutHolds() const {
 
 const IndexLink& MIM_SF::Link() const {
   std::call_once(m_linkMade, [this] {
-    m_link = std::make_unique<FrontierLink>(Distribution(), FirstInefficiencyColumn(), Sign());
+    m_link = std::make_unique<FrontierLink>(Distribution(), FirstInefficiencyColumn(), Sign(), HasDeterminants() ? 1 : 3);
+    if (HasDeterminants()) {
+      m_effectsLink = std::make_unique<DeterminantsLink>(DeterminantParameters{Distribution(), FirstInefficiencyColumn()});
+    }
   });
   return *m_link;
+}
+
+const IndexLink& MIM_SF::EffectsLink() const {
+  const IndexLink& link = Link();
+  return m_effectsLink ? *m_effectsLink : link;
+}
+
+std::string MIM_SF::DescribeFurther(int type) const { return type == 2 ? "E(y|x, z)" : "E(exp(-u)|z)"; }
+
+void MIM_SF::FurtherQuantity(int type, const ActionData& data, Eigen::Index first, Eigen::MatrixXd& index) const {
+  // z'd for the same draws and observations as the block of x'b.
+  const Eigen::MatrixXd& draws = PooledDraws();
+  const Eigen::MatrixXd zIndex = SecondListCoefficientDraws() * data.data.Z.middleRows(first, index.cols()).transpose();
+  const DeterminantParameters parameters{Distribution(), FirstInefficiencyColumn()};
+  const double sign = Sign();
+  for (Eigen::Index r = 0; r < index.rows(); ++r) {
+    for (Eigen::Index c = 0; c < index.cols(); ++c) {
+      const auto [p1, p2] = parameters(zIndex(r, c), draws, r);
+      if (type == 2) {
+        index(r, c) -= sign * MeanInefficiency(parameters.d, p1, p2);
+      } else {
+        index(r, c) = MeanEfficiency(parameters.d, p1, p2);
+      }
+    }
+  }
 }
 
 std::vector<std::pair<std::string, Eigen::VectorXd>> MIM_SF::StoreSeries(const std::string& name,
