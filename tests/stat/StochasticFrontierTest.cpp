@@ -10,6 +10,7 @@
 #include "EventDispatcher.h"
 #include "MarginalLikelihood.h"
 #include "PooledDraws.h"
+#include "RandomIntercepts.h"
 #include "RandomEngine.h"
 #include "SF_EXP.h"
 #include "SF_GAMMA.h"
@@ -243,4 +244,39 @@ TEST(StochasticFrontier, DeterminantsOfInefficiencyRecovered) {
   ASSERT_TRUE(truncated.Sample(t.y, t.X, {}, false, Priors(3), EventDispatcher(), nullptr));
   ExpectRecovered(truncated, (Eigen::VectorXd(7) << kB, location, 1.0 / (kSmallNoise * kSmallNoise), 16.0).finished());
   EXPECT_GT(Correlation(truncated.efficiency, (-t.u).array().exp().matrix()), 0.8);
+}
+
+// Firm effects kept apart from inefficiency: 200 firms of 10 periods, a_g ~ N(0, 0.3^2).
+TEST(StochasticFrontier, FirmEffectsRecoveredAndIntegratedOut) {
+  const int firms = 200, periods = 10;
+  std::vector<int> groups;
+  for (int g = 0; g < firms; ++g) groups.insert(groups.end(), periods, g);
+  RandomEngine effectsRng;
+  effectsRng.Seed(41);
+  Eigen::VectorXd effects(firms);
+  for (int g = 0; g < firms; ++g) effects(g) = 0.3 * effectsRng.Normal();
+  const Eigen::VectorXd b = (Eigen::VectorXd(2) << 1.0, 0.5).finished();
+  for (bool exponential : {false, true}) {
+    SCOPED_TRACE(exponential ? "exp" : "hnorm");
+    Sample s = Simulate(firms * periods, b, kSmallNoise, false, 42, [&](RandomEngine& rng, const Sample&, int) {
+      return exponential ? -std::log1p(-rng.Uniform()) / 5.0 : 0.3 * std::fabs(rng.Normal());
+    });
+    for (int i = 0; i < firms * periods; ++i) s.y(i) += effects(groups[static_cast<std::size_t>(i)]);
+    std::unique_ptr<StochasticFrontier> model;
+    if (exponential) {
+      model = std::make_unique<SF_RE_EXP>(Gibbs(1500, 1000), VaguePrior());
+    } else {
+      model = std::make_unique<SF_RE_HNORM>(Gibbs(1500, 1000), VaguePrior());
+    }
+    ASSERT_TRUE(model->Sample(s.y, s.X, groups, false, Priors(2), EventDispatcher(), nullptr));
+    // The intercept absorbs the effects' sample mean.
+    const double intercept = 1.0 + effects.mean();
+    ExpectRecovered(*model, (Eigen::VectorXd(5) << intercept, 0.5, 100.0, 1.0 / 0.09, exponential ? 5.0 : 1.0 / 0.09).finished());
+    EXPECT_GT(Correlation(model->efficiency, (-s.u).array().exp().matrix()), 0.8);
+    EXPECT_TRUE(std::isfinite(model->logML));
+    // With the effects' precision very large the integral over them is the model without them.
+    const Eigen::VectorXd theta = Eigen::VectorXd::Constant(1, exponential ? 5.0 : 11.0);
+    PanelGroups panel = PanelGroups::FromCodes(groups);
+    EXPECT_NEAR(model->LogLikelihoodWithEffects(b, 100.0, 1e10, theta, panel), model->LogLikelihood(b, 100.0, theta), 1e-3);
+  }
 }

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "Gamma.h"
+#include "Decompositions.h"
 #include "MarginalLikelihood.h"
 #include "RandomIntercepts.h"
 #include "RandomWalkStep.h"
@@ -151,6 +152,50 @@ double StochasticFrontier::LogLikelihood(const Eigen::VectorXd& b, double tau, c
   return m_inefficiency->LogConvolvedDensity(w, tau, theta);
 }
 
+double StochasticFrontier::LogLikelihoodWithEffects(const Eigen::VectorXd& b, double tau, double omega,
+                                                    const Eigen::VectorXd& theta, const PanelGroups& groups) const {
+  // Per firm, the integral over a of prod_t f(w_t + s a) N(a; 0, 1/omega), w_t = s (x'b - y), by
+  // Gauss-Hermite quadrature centred at the integrand's mode and scaled by its curvature there.
+  static const auto rule = [] {
+    Eigen::MatrixXd nodes, weights;
+    numerics::HermiteQuad(24, nodes, weights);
+    return std::pair<Eigen::VectorXd, Eigen::VectorXd>(nodes.col(0), weights.col(0));
+  }();
+  const Eigen::VectorXd w = m_sign * (*m_X * b - *m_y);
+  double total = 0.0;
+  Eigen::VectorXd firm, shifted;
+  for (Eigen::Index g = 0; g < groups.Count(); ++g) {
+    const Eigen::Index first = groups.start[static_cast<std::size_t>(g)];
+    const Eigen::Index size = groups.start[static_cast<std::size_t>(g) + 1] - first;
+    firm.resize(size);
+    for (Eigen::Index t = 0; t < size; ++t) firm(t) = w(groups.members[static_cast<std::size_t>(first + t)]);
+    auto logIntegrand = [&](double a) {
+      shifted = firm.array() + m_sign * a;
+      return m_inefficiency->LogConvolvedDensity(shifted, tau, theta) - 0.5 * omega * a * a +
+             0.5 * std::log(omega / (2.0 * M_PI));
+    };
+    // Newton's method on the mode with difference quotients, from a = 0.
+    double mode = 0.0, curvature = -omega;
+    const double h = 1e-4 / std::sqrt(omega + tau * static_cast<double>(size));
+    for (int iteration = 0; iteration < 30; ++iteration) {
+      const double lo = logIntegrand(mode - h), mid = logIntegrand(mode), hi = logIntegrand(mode + h);
+      const double slope = (hi - lo) / (2.0 * h);
+      curvature = std::min((hi - 2.0 * mid + lo) / (h * h), -1e-8);
+      const double step = -slope / curvature;
+      mode += step;
+      if (std::fabs(step) < 1e-10 * (1.0 + std::fabs(mode))) break;
+    }
+    const double scale = std::sqrt(2.0 / -curvature);
+    Eigen::VectorXd terms(rule.first.size());
+    for (Eigen::Index j = 0; j < terms.size(); ++j) {
+      const double x = rule.first(j);
+      terms(j) = std::log(rule.second(j)) + x * x + logIntegrand(mode + scale * x);
+    }
+    total += std::log(scale) + mlik::LogMeanExp(terms) + std::log(static_cast<double>(terms.size()));
+  }
+  return total;
+}
+
 bool StochasticFrontier::Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd& X, const std::vector<int>& groups,
                                 bool cost, const Priors& priors, const EventDispatcher& out,
                                 const std::atomic<bool>* interrupt) {
@@ -199,27 +244,28 @@ bool StochasticFrontier::Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd&
   efficiency /= static_cast<double>(std::max(1L, kept));
   inefficiency /= static_cast<double>(std::max(1L, kept));
   acceptance = accepted / static_cast<double>(Chains().size());
-  if (firmEffects) return true;
 
-  // Lewis & Raftery on (b, log tau, theta with positive parameters in logs), u integrated out;
-  // the kernel gains the Jacobian of every log. Columns: b, theta's determinants, tau, the rest.
+  // Lewis & Raftery on (b, log tau, [log omega], theta with positive parameters in logs), u (and
+  // the firm effects) integrated out; the kernel gains the Jacobian of every log. Columns: b,
+  // theta's determinants, tau, [omega], the rest of theta.
   const Eigen::MatrixXd pooled = PoolDraws(shown);
   const std::vector<bool> positive = m_inefficiency->Positive();
-  const Eigen::Index p = m_inefficiency->DeterminantCount();
+  const Eigen::Index p = m_inefficiency->DeterminantCount(), effects = firmEffects ? 1 : 0;
   auto columnOfTheta = [&](std::size_t j) {
     const auto i = static_cast<Eigen::Index>(j);
-    return i < p ? k + i : k + 1 + i;
+    return i < p ? k + i : k + 1 + effects + i;
   };
   Eigen::MatrixXd transformed = pooled;
-  transformed.col(k + p) = pooled.col(k + p).array().log();
+  for (Eigen::Index j = k + p; j <= k + p + effects; ++j) transformed.col(j) = pooled.col(j).array().log();
   for (std::size_t j = 0; j < positive.size(); ++j) {
     if (positive[j]) transformed.col(columnOfTheta(j)) = pooled.col(columnOfTheta(j)).array().log();
   }
   const Eigen::VectorXd centre = transformed.colwise().mean().transpose();
   const Eigen::VectorXd bStar = centre.head(k);
   const double tauStar = std::exp(centre(k + p));
+  const double omegaStar = firmEffects ? std::exp(centre(k + p + 1)) : 0.0;
   Eigen::VectorXd theta(m_inefficiency->Count());
-  double logJacobian = std::log(tauStar);
+  double logJacobian = std::log(tauStar) + (firmEffects ? std::log(omegaStar) : 0.0);
   for (std::size_t j = 0; j < positive.size(); ++j) {
     const auto i = static_cast<Eigen::Index>(j);
     theta(i) = centre(columnOfTheta(j));
@@ -227,10 +273,13 @@ bool StochasticFrontier::Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd&
     logJacobian += theta(i);
     theta(i) = std::exp(theta(i));
   }
-  const double kernel = LogLikelihood(bStar, tauStar, theta) +
+  const double likelihood = firmEffects ? LogLikelihoodWithEffects(bStar, tauStar, omegaStar, theta, panel)
+                                        : LogLikelihood(bStar, tauStar, theta);
+  const double kernel = likelihood +
                         mlik::LogNormalDensity(bStar, m_priors.coefficients.mean, m_priors.coefficients.precision) +
-                        mlik::LogGammaDensity(tauStar, m_priors.a, m_priors.b) + m_inefficiency->LogPrior(theta) +
-                        logJacobian;
+                        mlik::LogGammaDensity(tauStar, m_priors.a, m_priors.b) +
+                        (firmEffects ? mlik::LogGammaDensity(omegaStar, m_priors.aRe, m_priors.bRe) : 0.0) +
+                        m_inefficiency->LogPrior(theta) + logJacobian;
   logML = mlik::LaplaceMetropolis(kernel, transformed);
   return true;
 }

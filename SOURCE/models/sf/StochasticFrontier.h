@@ -14,6 +14,7 @@
 #include "LinearPrior.h"
 
 class EventDispatcher;
+struct PanelGroups;
 
 // y_i = x_i'b [+ a_g(i)] + v_i - s u_i, v_i ~ N(0, 1/tau), u_i >= 0 from the distribution
 // `inefficiency` describes; s = 1 for a production frontier, -1 for a cost frontier.
@@ -34,9 +35,9 @@ public:
   };
 
   // Samples the posterior; `groups` (empty without firm effects) numbers each observation's firm
-  // from 0. False when interrupted. Afterwards the efficiency scores and, without firm effects,
-  // logML (Lewis & Raftery on (b, log tau, the inefficiency's parameters, positive ones in logs),
-  // u integrated out) are set.
+  // from 0. False when interrupted. Afterwards the efficiency scores and logML (Lewis & Raftery on
+  // (b, log tau, [log omega], the inefficiency's parameters, positive ones in logs), u and the
+  // firm effects integrated out) are set.
   bool Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd& X, const std::vector<int>& groups, bool cost,
               const Priors& priors, const EventDispatcher& out, const std::atomic<bool>* interrupt);
 
@@ -51,6 +52,10 @@ public:
 
   // log p(y | b, tau, theta) with u integrated out (no firm effects).
   double LogLikelihood(const Eigen::VectorXd& b, double tau, const Eigen::VectorXd& theta) const;
+
+  // The same with firm effects integrated out too.
+  double LogLikelihoodWithEffects(const Eigen::VectorXd& b, double tau, double omega, const Eigen::VectorXd& theta,
+                                  const PanelGroups& groups) const;
 
 private:
   std::unique_ptr<Inefficiency> m_inefficiency;
