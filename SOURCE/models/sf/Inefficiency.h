@@ -36,8 +36,10 @@ public:
   virtual void Prepare(Eigen::Index /*observations*/) {}
   // Starting values of the parameters that make the mean of u about `meanU`.
   virtual void Start(double meanU) = 0;
-  // u_i | w_i, tau, parameters for every observation.
-  virtual void DrawInefficiency(const Eigen::VectorXd& w, double tau, RandomEngine& rng, Eigen::VectorXd& u) = 0;
+  // u_i | w_i, tau, parameters for the observations [first, end). Blocks of observations are
+  // drawn at once on several threads, each with its own engine: nothing else may change here.
+  virtual void DrawInefficiency(const Eigen::VectorXd& w, double tau, Eigen::Index first, Eigen::Index end,
+                                RandomEngine& rng, Eigen::VectorXd& u) = 0;
   // The parameters given u, or given w and tau with u integrated out where that mixes better
   // (the draw of u that follows then completes a draw of both from their joint conditional).
   virtual void DrawParameters(const Eigen::VectorXd& u, const Eigen::VectorXd& w, double tau, RandomEngine& rng) = 0;

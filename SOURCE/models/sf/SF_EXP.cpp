@@ -19,10 +19,11 @@ public:
   std::vector<bool> Positive() const override { return {true}; }
   void Start(double meanU) override { m_lambda = 1.0 / meanU; }
 
-  void DrawInefficiency(const Eigen::VectorXd& w, double tau, RandomEngine& rng, Eigen::VectorXd& u) override {
+  void DrawInefficiency(const Eigen::VectorXd& w, double tau, Eigen::Index first, Eigen::Index end, RandomEngine& rng,
+                        Eigen::VectorXd& u) override {
     // u | w ~ N(w - lambda / tau, 1 / tau) truncated to u > 0.
     const double sd = 1.0 / std::sqrt(tau), shift = m_lambda / tau;
-    for (Eigen::Index i = 0; i < w.size(); ++i) {
+    for (Eigen::Index i = first; i < end; ++i) {
       const double mean = w(i) - shift;
       u(i) = mean + sd * dist::StandardNormalTailDraw(rng, -mean / sd);
     }

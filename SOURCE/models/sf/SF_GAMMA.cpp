@@ -24,11 +24,12 @@ public:
     m_lambda = 1.0 / meanU;
   }
 
-  void DrawInefficiency(const Eigen::VectorXd& w, double tau, RandomEngine& rng, Eigen::VectorXd& u) override {
+  void DrawInefficiency(const Eigen::VectorXd& w, double tau, Eigen::Index first, Eigen::Index end, RandomEngine& rng,
+                        Eigen::VectorXd& u) override {
     // Proposal N(w - lambda / tau, 1 / tau) truncated to u > 0 (the target without u^(shape - 1)),
     // accepted with probability min(1, (u' / u)^(shape - 1)).
     const double sd = 1.0 / std::sqrt(tau), shift = m_lambda / tau, power = std::exp(m_logShape(0)) - 1.0;
-    for (Eigen::Index i = 0; i < w.size(); ++i) {
+    for (Eigen::Index i = first; i < end; ++i) {
       const double mean = w(i) - shift;
       const double proposal = mean + sd * dist::StandardNormalTailDraw(rng, -mean / sd);
       if (proposal > 0.0 && std::log(rng.Uniform()) < power * (std::log(proposal) - std::log(u(i)))) u(i) = proposal;

@@ -19,10 +19,11 @@ public:
   std::vector<bool> Positive() const override { return {true}; }
   void Start(double meanU) override { m_omega = 2.0 / (M_PI * meanU * meanU); }
 
-  void DrawInefficiency(const Eigen::VectorXd& w, double tau, RandomEngine& rng, Eigen::VectorXd& u) override {
+  void DrawInefficiency(const Eigen::VectorXd& w, double tau, Eigen::Index first, Eigen::Index end, RandomEngine& rng,
+                        Eigen::VectorXd& u) override {
     // u | w ~ N(tau w / (tau + omega_u), 1 / (tau + omega_u)) truncated to u > 0.
     const double precision = tau + m_omega, sd = 1.0 / std::sqrt(precision);
-    for (Eigen::Index i = 0; i < w.size(); ++i) {
+    for (Eigen::Index i = first; i < end; ++i) {
       const double mean = tau * w(i) / precision;
       u(i) = mean + sd * dist::StandardNormalTailDraw(rng, -mean / sd);
     }

@@ -33,10 +33,11 @@ public:
     m_rate = (-(m_Z * m_d)).array().exp().matrix();
   }
 
-  void DrawInefficiency(const Eigen::VectorXd& w, double tau, RandomEngine& rng, Eigen::VectorXd& u) override {
+  void DrawInefficiency(const Eigen::VectorXd& w, double tau, Eigen::Index first, Eigen::Index end, RandomEngine& rng,
+                        Eigen::VectorXd& u) override {
     // u_i | w_i ~ N(w_i - lambda_i / tau, 1 / tau) truncated to u > 0, lambda_i = exp(-z_i'd).
     const double sd = 1.0 / std::sqrt(tau);
-    for (Eigen::Index i = 0; i < w.size(); ++i) {
+    for (Eigen::Index i = first; i < end; ++i) {
       const double mean = w(i) - m_rate(i) / tau;
       u(i) = mean + sd * dist::StandardNormalTailDraw(rng, -mean / sd);
     }

@@ -1,6 +1,7 @@
 // SF_LNORM: the log-normal inefficiency's conditional draws.
 #include "SF_LNORM.h"
 
+#include <atomic>
 #include <cmath>
 #include <limits>
 
@@ -17,7 +18,12 @@ constexpr double kLogSqrt2Pi = 0.91893853320467274178;
 class LogNormalInefficiency : public Inefficiency {
 public:
   explicit LogNormalInefficiency(const InefficiencyPrior& prior) : m_prior(prior) {}
-  std::unique_ptr<Inefficiency> Clone() const override { return std::make_unique<LogNormalInefficiency>(*this); }
+  std::unique_ptr<Inefficiency> Clone() const override {
+    auto copy = std::make_unique<LogNormalInefficiency>(m_prior);
+    copy->m_mu = m_mu;
+    copy->m_omega = m_omega;
+    return copy;
+  }
   std::vector<std::string> Labels() const override { return {"mu_u", "omega_u"}; }
   std::vector<bool> Positive() const override { return {false, true}; }
   void Start(double meanU) override {
@@ -25,7 +31,8 @@ public:
     m_mu = std::log(meanU) - 0.25;
   }
 
-  void DrawInefficiency(const Eigen::VectorXd& w, double tau, RandomEngine& rng, Eigen::VectorXd& u) override {
+  void DrawInefficiency(const Eigen::VectorXd& w, double tau, Eigen::Index first, Eigen::Index end, RandomEngine& rng,
+                        Eigen::VectorXd& u) override {
     // An independence step per observation whose proposal mixes, half and half, the log-normal
     // itself (right where the noise hides u) and N(w, 1/tau) truncated to u > 0 (right where
     // w pins u down). Target: exp(-tau/2 (w - u)^2) LN(u; mu, 1/omega).
@@ -36,7 +43,7 @@ public:
       return -0.5 * d * d - std::log(x * sd) - kLogSqrt2Pi;
     };
     long accepted = 0;
-    for (Eigen::Index i = 0; i < w.size(); ++i) {
+    for (Eigen::Index i = first; i < end; ++i) {
       const double logMass = LogNormalCdf(w(i) / sigma);  // of the truncated Normal
       auto logNoise = [&](double x) {
         const double d = (w(i) - x) / sigma;
@@ -61,7 +68,7 @@ public:
     }
     if (m_keeping) {
       m_accepted += accepted;
-      m_proposed += w.size();
+      m_proposed += end - first;
     }
   }
   void DrawParameters(const Eigen::VectorXd& u, const Eigen::VectorXd&, double, RandomEngine& rng) override {
@@ -106,7 +113,7 @@ public:
 private:
   InefficiencyPrior m_prior;
   bool m_keeping = false;
-  long m_accepted = 0, m_proposed = 0;
+  std::atomic<long> m_accepted{0}, m_proposed{0};  // blocks of observations add to them at once
   double m_mu = 0.0, m_omega = 1.0;
 };
 

@@ -54,11 +54,12 @@ public:
     m_logOmega(0) = std::log(2.0 / (M_PI * meanU * meanU));
   }
 
-  void DrawInefficiency(const Eigen::VectorXd& w, double tau, RandomEngine& rng, Eigen::VectorXd& u) override {
+  void DrawInefficiency(const Eigen::VectorXd& w, double tau, Eigen::Index first, Eigen::Index end, RandomEngine& rng,
+                        Eigen::VectorXd& u) override {
     // u | w ~ N((tau w + omega mu) / (tau + omega), 1 / (tau + omega)) truncated to u > 0.
     const double omega = std::exp(m_logOmega(0));
     const double precision = tau + omega, sd = 1.0 / std::sqrt(precision);
-    for (Eigen::Index i = 0; i < w.size(); ++i) {
+    for (Eigen::Index i = first; i < end; ++i) {
       const double mean = (tau * w(i) + omega * m_mu(i)) / precision;
       u(i) = mean + sd * dist::StandardNormalTailDraw(rng, -mean / sd);
     }

@@ -6,6 +6,7 @@
 #include "Gamma.h"
 #include "Decompositions.h"
 #include "MarginalLikelihood.h"
+#include "ObservationBlocks.h"
 #include "RandomIntercepts.h"
 #include "RandomWalkStep.h"
 
@@ -25,8 +26,8 @@ struct FrontierData {
 class FrontierChain : public GibbsChain {
 public:
   FrontierChain(const FrontierData& data, std::unique_ptr<Inefficiency> inefficiency, Eigen::VectorXd b, double tau,
-                double startU)
-      : m_data(data), m_ineff(std::move(inefficiency)), m_b(std::move(b)), m_tau(tau),
+                double startU, int threads)
+      : m_data(data), m_threads(threads), m_ineff(std::move(inefficiency)), m_b(std::move(b)), m_tau(tau),
         m_u(Eigen::VectorXd::Constant(data.y.size(), startU)), m_index(data.y.size()), m_w(data.y.size()),
         m_ystar(data.y.size()), m_Xtz(m_b.size()), m_z(m_b.size()), m_thetaRow(m_ineff->Count()),
         m_effSum(Eigen::VectorXd::Zero(data.y.size())), m_uSum(Eigen::VectorXd::Zero(data.y.size())),
@@ -48,7 +49,10 @@ public:
     if (m_data.groups) m_data.groups->AddEffects(m_effects, 0, n, m_index);
     m_w = m_data.sign * (m_index - m_data.y);
     m_ineff->DrawParameters(m_u, m_w, m_tau, rng);
-    m_ineff->DrawInefficiency(m_w, m_tau, rng, m_u);
+    if (!m_blocks) m_blocks = std::make_unique<ObservationBlocks>(n, rng, m_threads);
+    m_blocks->Run([&](Eigen::Index, Eigen::Index first, Eigen::Index end, RandomEngine& blockRng) {
+      m_ineff->DrawInefficiency(m_w, m_tau, first, end, blockRng, m_u);
+    });
     // b (and a) | u, tau: the regression of y + s u on x.
     m_ystar = m_data.y + m_data.sign * m_u;
     double squares = 0.0;
@@ -123,6 +127,8 @@ private:
   }
 
   const FrontierData& m_data;
+  int m_threads;
+  std::unique_ptr<ObservationBlocks> m_blocks;  // the draws of u, made at the first sweep
   std::unique_ptr<Inefficiency> m_ineff;
   Eigen::VectorXd m_b;
   double m_tau;
@@ -223,9 +229,11 @@ bool StochasticFrontier::Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd&
   const double variance = (y - X * fit).squaredNorm() / static_cast<double>(std::max<Eigen::Index>(1, n - k));
   const double sd = std::sqrt(std::max(variance, 1e-12));
   const long chains = Settings().chains;
+  const int threads = ObservationBlocks::ThreadsPerChain(chains);
   auto make = [&](int c) -> std::unique_ptr<GibbsChain> {
     const double spread = chains > 1 ? std::pow(2.0, 2.0 * c / static_cast<double>(chains - 1) - 1.0) : 1.0;
-    return std::make_unique<FrontierChain>(data, m_inefficiency->Clone(), fit, 2.0 / variance, 0.5 * sd * spread);
+    return std::make_unique<FrontierChain>(data, m_inefficiency->Clone(), fit, 2.0 / variance, 0.5 * sd * spread,
+                                           threads);
   };
   const Eigen::Index shown = k + 1 + (firmEffects ? 1 : 0) + m_inefficiency->Count();
   if (!RunChains(make, static_cast<int>(shown), out, interrupt)) return false;
