@@ -120,8 +120,9 @@ std::string Intrepr_SF1(const ModelRequest& request, std::unique_ptr<ModelJob>& 
     return "Model \"sf\" takes a second list (the determinants of the inefficiency) only with \"dist\" = \"tnorm\" "
            "or \"exp\".";
   }
-  std::vector<std::string> numeric = {"m", "P", "a", "b", "a_u", "r_star"};
-  if (!determinants || word == "tnorm") numeric.push_back("b_u");
+  // With determinants the exponential's scale is z'd: no scale prior to set.
+  std::vector<std::string> numeric = {"m", "P", "a", "b"};
+  if (!determinants || word == "tnorm") numeric.insert(numeric.end(), {"a_u", "b_u", "r_star"});
   if (determinants) numeric.insert(numeric.end(), {"mz", "Pz"});
   if (!determinants && (word == "tnorm" || word == "lognorm")) numeric.insert(numeric.end(), {"m_mu", "P_mu"});
   if (word == "gamma") numeric.insert(numeric.end(), {"a_shape", "b_shape"});
