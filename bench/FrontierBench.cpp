@@ -32,7 +32,7 @@ void Run(const char* name, const Eigen::VectorXd& y, const Eigen::MatrixXd& X) {
   prior.scaleRate = 0.1;
   Model model(gibbs, prior);
   const auto start = std::chrono::steady_clock::now();
-  model.Sample(y, X, {}, false, priors, EventDispatcher(), nullptr);
+  model.Sample(y, X, {}, false, priors, false, EventDispatcher(), nullptr);
   const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   const Eigen::VectorXd ess = numerics::EffectiveSampleSize(model.Draws());
   std::printf("| %s | %.2f | %.0f | %.0f | slopes: min ESS %.0f |\n", name, seconds, ess.minCoeff(), ess.minCoeff() / seconds,

@@ -159,10 +159,10 @@ TEST(StochasticFrontier, HalfNormalAndExponentialRecoverAndChooseTheTrueDistribu
   });
   SF_HNORM hnormOnH(Gibbs(2000, 1000), VaguePrior()), hnormOnE(Gibbs(2000, 1000), VaguePrior());
   SF_EXP expOnH(Gibbs(2000, 1000), VaguePrior()), expOnE(Gibbs(2000, 1000), VaguePrior());
-  ASSERT_TRUE(hnormOnH.Sample(h.y, h.X, {}, false, Priors(3), EventDispatcher(), nullptr));
-  ASSERT_TRUE(expOnH.Sample(h.y, h.X, {}, false, Priors(3), EventDispatcher(), nullptr));
-  ASSERT_TRUE(hnormOnE.Sample(e.y, e.X, {}, false, Priors(3), EventDispatcher(), nullptr));
-  ASSERT_TRUE(expOnE.Sample(e.y, e.X, {}, false, Priors(3), EventDispatcher(), nullptr));
+  ASSERT_TRUE(hnormOnH.Sample(h.y, h.X, {}, false, Priors(3), false, EventDispatcher(), nullptr));
+  ASSERT_TRUE(expOnH.Sample(h.y, h.X, {}, false, Priors(3), false, EventDispatcher(), nullptr));
+  ASSERT_TRUE(hnormOnE.Sample(e.y, e.X, {}, false, Priors(3), false, EventDispatcher(), nullptr));
+  ASSERT_TRUE(expOnE.Sample(e.y, e.X, {}, false, Priors(3), false, EventDispatcher(), nullptr));
   ExpectRecovered(hnormOnH, (Eigen::VectorXd(5) << kB, 1.0 / 0.0225, 1.0 / 0.16).finished());
   EXPECT_GT(Correlation(hnormOnH.efficiency, (-h.u).array().exp().matrix()), 0.8);
   ExpectRecovered(expOnE, (Eigen::VectorXd(5) << kB, 1.0 / 0.0225, 4.0).finished());
@@ -178,12 +178,12 @@ TEST(StochasticFrontier, CostFrontierRecovered) {
     return std::fabs(rng.Normal()) * 0.4;
   });
   SF_HNORM model(Gibbs(2000, 1000), VaguePrior());
-  ASSERT_TRUE(model.Sample(h.y, h.X, {}, true, Priors(3), EventDispatcher(), nullptr));
+  ASSERT_TRUE(model.Sample(h.y, h.X, {}, true, Priors(3), false, EventDispatcher(), nullptr));
   ExpectRecovered(model, (Eigen::VectorXd(5) << kB, 1.0 / 0.0225, 1.0 / 0.16).finished());
   EXPECT_GT(Correlation(model.efficiency, (-h.u).array().exp().matrix()), 0.8);
   // Read as a production frontier, the same data fit far worse.
   SF_HNORM wrongSign(Gibbs(2000, 1000), VaguePrior());
-  ASSERT_TRUE(wrongSign.Sample(h.y, h.X, {}, false, Priors(3), EventDispatcher(), nullptr));
+  ASSERT_TRUE(wrongSign.Sample(h.y, h.X, {}, false, Priors(3), false, EventDispatcher(), nullptr));
   EXPECT_GT(model.logML, wrongSign.logML + 5.0);
 }
 
@@ -196,7 +196,7 @@ TEST(StochasticFrontier, TruncatedNormalRecovered) {
     return dist::TruncatedNormalDraw(rng, 0.2, 0.3, 0.0, INFINITY);
   });
   SF_TNORM model(Gibbs(2000, 1000), VaguePrior());
-  ASSERT_TRUE(model.Sample(s.y, s.X, {}, false, Priors(3), EventDispatcher(), nullptr));
+  ASSERT_TRUE(model.Sample(s.y, s.X, {}, false, Priors(3), false, EventDispatcher(), nullptr));
   ExpectRecovered(model, (Eigen::VectorXd(6) << kB, 1.0 / (kSmallNoise * kSmallNoise), 0.2, 1.0 / 0.09).finished());
   EXPECT_GT(Correlation(model.efficiency, (-s.u).array().exp().matrix()), 0.8);
   EXPECT_GT(model.acceptance, 0.15);
@@ -207,7 +207,7 @@ TEST(StochasticFrontier, GammaRecoveredOnACostFrontier) {
     return dist::GammaDraw(rng, 2.0, 6.0);
   });
   SF_GAMMA model(Gibbs(2000, 1000), VaguePrior());
-  ASSERT_TRUE(model.Sample(s.y, s.X, {}, true, Priors(3), EventDispatcher(), nullptr));
+  ASSERT_TRUE(model.Sample(s.y, s.X, {}, true, Priors(3), false, EventDispatcher(), nullptr));
   ExpectRecovered(model, (Eigen::VectorXd(6) << kB, 1.0 / (kSmallNoise * kSmallNoise), 2.0, 6.0).finished());
   EXPECT_GT(Correlation(model.efficiency, (-s.u).array().exp().matrix()), 0.8);
 }
@@ -219,7 +219,7 @@ TEST(StochasticFrontier, LogNormalRecovered) {
   InefficiencyPrior prior = VaguePrior();
   prior.locationMean(0) = -1.0;
   SF_LNORM model(Gibbs(2000, 1000), prior);
-  ASSERT_TRUE(model.Sample(s.y, s.X, {}, false, Priors(3), EventDispatcher(), nullptr));
+  ASSERT_TRUE(model.Sample(s.y, s.X, {}, false, Priors(3), false, EventDispatcher(), nullptr));
   ExpectRecovered(model, (Eigen::VectorXd(6) << kB, 1.0 / (kSmallNoise * kSmallNoise), -1.2, 4.0).finished());
   EXPECT_GT(Correlation(model.efficiency, (-s.u).array().exp().matrix()), 0.8);
 }
@@ -232,7 +232,7 @@ TEST(StochasticFrontier, DeterminantsOfInefficiencyRecovered) {
     return -std::log1p(-rng.Uniform()) * std::exp(s.Z.row(i).dot(d));
   });
   SF_IE_EXP exponential(Gibbs(2000, 1000), VaguePrior(2), e.Z);
-  ASSERT_TRUE(exponential.Sample(e.y, e.X, {}, false, Priors(3), EventDispatcher(), nullptr));
+  ASSERT_TRUE(exponential.Sample(e.y, e.X, {}, false, Priors(3), false, EventDispatcher(), nullptr));
   ExpectRecovered(exponential, (Eigen::VectorXd(6) << kB, d, 1.0 / (kSmallNoise * kSmallNoise)).finished());
   EXPECT_GT(Correlation(exponential.efficiency, (-e.u).array().exp().matrix()), 0.8);
 
@@ -241,7 +241,7 @@ TEST(StochasticFrontier, DeterminantsOfInefficiencyRecovered) {
     return dist::TruncatedNormalDraw(rng, s.Z.row(i).dot(location), 0.25, 0.0, INFINITY);
   });
   SF_IE_TNORM truncated(Gibbs(2000, 1000), VaguePrior(2), t.Z);
-  ASSERT_TRUE(truncated.Sample(t.y, t.X, {}, false, Priors(3), EventDispatcher(), nullptr));
+  ASSERT_TRUE(truncated.Sample(t.y, t.X, {}, false, Priors(3), false, EventDispatcher(), nullptr));
   ExpectRecovered(truncated, (Eigen::VectorXd(7) << kB, location, 1.0 / (kSmallNoise * kSmallNoise), 16.0).finished());
   EXPECT_GT(Correlation(truncated.efficiency, (-t.u).array().exp().matrix()), 0.8);
 }
@@ -268,7 +268,7 @@ TEST(StochasticFrontier, FirmEffectsRecoveredAndIntegratedOut) {
     } else {
       model = std::make_unique<SF_RE_HNORM>(Gibbs(1500, 1000), VaguePrior());
     }
-    ASSERT_TRUE(model->Sample(s.y, s.X, groups, false, Priors(2), EventDispatcher(), nullptr));
+    ASSERT_TRUE(model->Sample(s.y, s.X, groups, false, Priors(2), false, EventDispatcher(), nullptr));
     // The intercept absorbs the effects' sample mean.
     const double intercept = 1.0 + effects.mean();
     ExpectRecovered(*model, (Eigen::VectorXd(5) << intercept, 0.5, 100.0, 1.0 / 0.09, exponential ? 5.0 : 1.0 / 0.09).finished());
@@ -279,4 +279,18 @@ TEST(StochasticFrontier, FirmEffectsRecoveredAndIntegratedOut) {
     PanelGroups panel = PanelGroups::FromCodes(groups);
     EXPECT_NEAR(model->LogLikelihoodWithEffects(b, 100.0, 1e10, theta, panel), model->LogLikelihood(b, 100.0, theta), 1e-3);
   }
+}
+
+// Chib's estimate (three runs, u augmented) and Lewis & Raftery's (u integrated out in closed
+// form) are independent routes to the same number.
+TEST(StochasticFrontier, ChibAgreesWithLewisRaftery) {
+  const Sample s = Simulate(600, kB, 0.15, false, 51, [](RandomEngine& rng, const Sample&, int) {
+    return std::fabs(rng.Normal()) * 0.4;
+  });
+  SF_HNORM hnorm(Gibbs(2000, 500), VaguePrior());
+  ASSERT_TRUE(hnorm.Sample(s.y, s.X, {}, false, Priors(3), true, EventDispatcher(), nullptr));
+  EXPECT_NEAR(hnorm.logML_CJ, hnorm.logML, 0.5);
+  SF_EXP exponential(Gibbs(2000, 500), VaguePrior());
+  ASSERT_TRUE(exponential.Sample(s.y, s.X, {}, false, Priors(3), true, EventDispatcher(), nullptr));
+  EXPECT_NEAR(exponential.logML_CJ, exponential.logML, 0.5);
 }

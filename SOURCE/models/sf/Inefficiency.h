@@ -52,6 +52,15 @@ public:
   // The acceptance rate of the Metropolis-Hastings steps (NaN for Gibbs steps only).
   virtual double Acceptance() const { return std::numeric_limits<double>::quiet_NaN(); }
 
+  // For Chib's marginal likelihood, distributions whose parameters have a conjugate conditional
+  // given u: the statistic of u it depends on, and log p(theta | u) from it.
+  virtual bool HasConjugateOrdinate() const { return false; }
+  virtual double SufficientStatistic(const Eigen::VectorXd& /*u*/) const { return std::numeric_limits<double>::quiet_NaN(); }
+  virtual double LogParameterOrdinate(const Eigen::VectorXd& /*theta*/, double /*statistic*/, Eigen::Index /*n*/) const {
+    return std::numeric_limits<double>::quiet_NaN();
+  }
+  // Sets the parameters (for the reduced runs that hold them fixed).
+  virtual void Fix(const Eigen::VectorXd& /*theta*/) {}
   // log p(parameters).
   virtual double LogPrior(const Eigen::VectorXd& theta) const = 0;
   // sum_i log of the density of w_i = u_i + v_i, v_i ~ N(0, 1/tau), u integrated out.

@@ -127,7 +127,10 @@ std::string Intrepr_SF1(const ModelRequest& request, std::unique_ptr<ModelJob>& 
   if (!determinants && (word == "tnorm" || word == "lognorm")) numeric.insert(numeric.end(), {"m_mu", "P_mu"});
   if (word == "gamma") numeric.insert(numeric.end(), {"a_shape", "b_shape"});
   if (firmEffects) numeric.insert(numeric.end(), {"a_re", "b_re"});
-  std::string status = CheckOptionNames(request, numeric, {"cost"}, {"dist"});
+  const bool chibOffered = !firmEffects && !determinants && (word == "hnorm" || word == "exp");
+  std::string status =
+      CheckOptionNames(request, numeric, chibOffered ? std::vector<std::string>{"cost", "logML_CJ"} : std::vector<std::string>{"cost"},
+                       {"dist"});
   if (status != "OK") return status;
   if (firmEffects && (status = CheckPanel(request)) != "OK") return status;
   Eigen::VectorXd gibbs;
@@ -155,6 +158,7 @@ std::string Intrepr_SF1(const ModelRequest& request, std::unique_ptr<ModelJob>& 
   priors.coefficients = LinearPrior::Combine(m, P, request.constraints.R.leftCols(std::min(k, request.constraints.R.cols())),
                                              request.constraints.r, xi);
   const bool cost = LogicalOption(request, "cost");
+  const bool chib = LogicalOption(request, "logML_CJ");
 
   std::string typeName = distribution->typeName;
   const std::string title = std::string(cost ? "Stochastic cost frontier model" : "Stochastic frontier model") +
@@ -187,7 +191,7 @@ std::string Intrepr_SF1(const ModelRequest& request, std::unique_ptr<ModelJob>& 
   labels.insert(labels.end(), request.secondLabels.begin(), request.secondLabels.end());
   job = std::make_unique<ModelJobFunction>([=](const ModelRunContext& context) -> std::shared_ptr<Model> {
     const std::unique_ptr<StochasticFrontier> estimator = make(gibbs);
-    if (!estimator->Sample(data.y, data.X, groups, cost, priors, context.out, context.interrupt)) return nullptr;
+    if (!estimator->Sample(data.y, data.X, groups, cost, priors, chib, context.out, context.interrupt)) return nullptr;
     std::vector<std::string> all = labels;
     for (const std::string& label : estimator->ParameterLabels(firmEffects)) all.push_back(label);
     auto model = std::make_shared<MIM_SF>();

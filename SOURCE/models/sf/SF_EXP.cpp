@@ -37,6 +37,12 @@ public:
     return -m_lambda * (u.sum() + static_cast<double>(u.size()) * shift);
   }
   void Record(Eigen::Ref<Eigen::RowVectorXd> out) const override { out(0) = m_lambda; }
+  bool HasConjugateOrdinate() const override { return true; }
+  double SufficientStatistic(const Eigen::VectorXd& u) const override { return u.sum(); }
+  double LogParameterOrdinate(const Eigen::VectorXd& theta, double statistic, Eigen::Index n) const override {
+    return mlik::LogGammaDensity(theta(0), m_prior.scaleShape + static_cast<double>(n), m_prior.scaleRate + statistic);
+  }
+  void Fix(const Eigen::VectorXd& theta) override { m_lambda = theta(0); }
   double LogPrior(const Eigen::VectorXd& theta) const override {
     return mlik::LogGammaDensity(theta(0), m_prior.scaleShape, m_prior.scaleRate);
   }

@@ -38,6 +38,13 @@ public:
     return -0.5 * m_omega * (u.array() + shift).square().sum();
   }
   void Record(Eigen::Ref<Eigen::RowVectorXd> out) const override { out(0) = m_omega; }
+  bool HasConjugateOrdinate() const override { return true; }
+  double SufficientStatistic(const Eigen::VectorXd& u) const override { return u.squaredNorm(); }
+  double LogParameterOrdinate(const Eigen::VectorXd& theta, double statistic, Eigen::Index n) const override {
+    return mlik::LogGammaDensity(theta(0), m_prior.scaleShape + 0.5 * static_cast<double>(n),
+                                 m_prior.scaleRate + 0.5 * statistic);
+  }
+  void Fix(const Eigen::VectorXd& theta) override { m_omega = theta(0); }
   double LogPrior(const Eigen::VectorXd& theta) const override {
     return mlik::LogGammaDensity(theta(0), m_prior.scaleShape, m_prior.scaleRate);
   }

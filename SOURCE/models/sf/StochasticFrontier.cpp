@@ -23,16 +23,20 @@ struct FrontierData {
   Eigen::Index constant;  // the column of ones among the regressors, -1 when there is none
 };
 
+// The main run, and the reduced runs of Chib's method: the inefficiency's parameters fixed, then
+// tau fixed too.
+enum class FrontierRun { Main, FixedInefficiency, FixedInefficiencyAndTau };
+
 class FrontierChain : public GibbsChain {
 public:
   FrontierChain(const FrontierData& data, std::unique_ptr<Inefficiency> inefficiency, Eigen::VectorXd b, double tau,
-                double startU, int threads)
-      : m_data(data), m_threads(threads), m_ineff(std::move(inefficiency)), m_b(std::move(b)), m_tau(tau),
+                double startU, int threads, FrontierRun run = FrontierRun::Main)
+      : m_data(data), m_threads(threads), m_run(run), m_ineff(std::move(inefficiency)), m_b(std::move(b)), m_tau(tau),
         m_u(Eigen::VectorXd::Constant(data.y.size(), startU)), m_index(data.y.size()), m_w(data.y.size()),
         m_ystar(data.y.size()), m_Xtz(m_b.size()), m_z(m_b.size()), m_thetaRow(m_ineff->Count()),
         m_effSum(Eigen::VectorXd::Zero(data.y.size())), m_uSum(Eigen::VectorXd::Zero(data.y.size())),
         m_shiftStep(Eigen::MatrixXd::Identity(1, 1), 0.1 * startU, 0.44), m_shift(1) {
-    m_ineff->Start(startU);
+    if (run == FrontierRun::Main) m_ineff->Start(startU);  // the reduced runs' copies come fixed
     if (data.groups) {
       m_effects = Eigen::VectorXd::Zero(data.groups->Count());
       m_weights.resize(data.y.size());
@@ -48,7 +52,7 @@ public:
     m_index.noalias() = m_data.X * m_b;
     if (m_data.groups) m_data.groups->AddEffects(m_effects, 0, n, m_index);
     m_w = m_data.sign * (m_index - m_data.y);
-    m_ineff->DrawParameters(m_u, m_w, m_tau, rng);
+    if (m_run == FrontierRun::Main) m_ineff->DrawParameters(m_u, m_w, m_tau, rng);
     if (!m_blocks) m_blocks = std::make_unique<ObservationBlocks>(n, rng, m_threads);
     m_blocks->Run([&](Eigen::Index, Eigen::Index first, Eigen::Index end, RandomEngine& blockRng) {
       m_ineff->DrawInefficiency(m_w, m_tau, first, end, blockRng, m_u);
@@ -74,7 +78,10 @@ public:
     }
     if (m_data.constant >= 0) ShiftInefficiency(rng);
     // tau | b, a, u ~ Gamma(a + n/2, b + |y + s u - x'b - a|^2 / 2).
-    m_tau = dist::GammaDraw(rng, m_data.priors.a + 0.5 * static_cast<double>(n), m_data.priors.b + 0.5 * squares);
+    m_squares = squares;
+    if (m_run != FrontierRun::FixedInefficiencyAndTau) {
+      m_tau = dist::GammaDraw(rng, m_data.priors.a + 0.5 * static_cast<double>(n), m_data.priors.b + 0.5 * squares);
+    }
     if (m_keeping) {
       m_effSum += (-m_u).array().exp().matrix();
       m_uSum += m_u;
@@ -82,8 +89,19 @@ public:
     }
   }
 
-  // b, the determinants' coefficients, tau, [omega], the inefficiency's other parameters.
+  // b, the determinants' coefficients, tau, [omega], the inefficiency's other parameters; then,
+  // for Chib's ordinate of the inefficiency's parameters, the statistic of u their conditional
+  // depends on (dropped from what the model keeps). The reduced runs record what the ordinates of
+  // tau (the squared residuals) and of b (X'(y + s u)) need.
   void Record(DrawRow row) const override {
+    if (m_run == FrontierRun::FixedInefficiency) {
+      row(0) = m_squares;
+      return;
+    }
+    if (m_run == FrontierRun::FixedInefficiencyAndTau) {
+      row.head(m_Xtz.size()) = m_Xtz.transpose();
+      return;
+    }
     const Eigen::Index k = m_b.size(), p = m_ineff->DeterminantCount();
     m_ineff->Record(m_thetaRow);
     row.head(k) = m_b.transpose();
@@ -92,6 +110,7 @@ public:
     row(at++) = m_tau;
     if (m_data.groups) row(at++) = m_omega;
     row.segment(at, m_thetaRow.size() - p) = m_thetaRow.tail(m_thetaRow.size() - p);
+    if (row.size() > at + m_thetaRow.size() - p) row(at + m_thetaRow.size() - p) = m_ineff->SufficientStatistic(m_u);
   }
 
   void EndBurnin() override {
@@ -128,6 +147,8 @@ private:
 
   const FrontierData& m_data;
   int m_threads;
+  FrontierRun m_run;
+  double m_squares = 0.0;
   std::unique_ptr<ObservationBlocks> m_blocks;  // the draws of u, made at the first sweep
   std::unique_ptr<Inefficiency> m_ineff;
   Eigen::VectorXd m_b;
@@ -203,7 +224,7 @@ double StochasticFrontier::LogLikelihoodWithEffects(const Eigen::VectorXd& b, do
 }
 
 bool StochasticFrontier::Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd& X, const std::vector<int>& groups,
-                                bool cost, const Priors& priors, const EventDispatcher& out,
+                                bool cost, const Priors& priors, bool chib, const EventDispatcher& out,
                                 const std::atomic<bool>* interrupt) {
   m_y = &y;
   m_X = &X;
@@ -236,7 +257,8 @@ bool StochasticFrontier::Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd&
                                            threads);
   };
   const Eigen::Index shown = k + 1 + (firmEffects ? 1 : 0) + m_inefficiency->Count();
-  if (!RunChains(make, static_cast<int>(shown), out, interrupt)) return false;
+  chib = chib && !firmEffects && m_inefficiency->HasConjugateOrdinate();
+  if (!RunChains(make, static_cast<int>(shown + (chib ? 1 : 0)), out, interrupt)) return false;
 
   efficiency = Eigen::VectorXd::Zero(n);
   inefficiency = Eigen::VectorXd::Zero(n);
@@ -288,6 +310,57 @@ bool StochasticFrontier::Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd&
                         mlik::LogGammaDensity(tauStar, m_priors.a, m_priors.b) +
                         (firmEffects ? mlik::LogGammaDensity(omegaStar, m_priors.aRe, m_priors.bRe) : 0.0) +
                         m_inefficiency->LogPrior(theta) + logJacobian;
-  logML = mlik::LaplaceMetropolis(kernel, transformed);
+  logML = mlik::LaplaceMetropolis(kernel, transformed.leftCols(shown));
+  if (!chib) return true;
+
+  // Chib: p(y) = p(y | b*, tau*, theta*) p(b*) p(tau*) p(theta*) / (p(theta* | y) p(tau* | theta*, y)
+  // p(b* | tau*, theta*, y)): theta's ordinate averaged over the main run's u, tau's over a run with
+  // theta fixed, b's over a run with theta and tau fixed (u integrated out in the likelihood).
+  const Eigen::VectorXd bC = pooled.leftCols(k).colwise().mean().transpose();
+  const double tauC = pooled.col(k).mean();
+  const Eigen::VectorXd thetaC = pooled.middleCols(k + 1, m_inefficiency->Count()).colwise().mean().transpose();
+  Eigen::VectorXd thetaOrdinates(pooled.rows());
+  for (Eigen::Index g = 0; g < pooled.rows(); ++g) {
+    thetaOrdinates(g) = m_inefficiency->LogParameterOrdinate(thetaC, pooled(g, shown), n);
+  }
+  std::unique_ptr<Inefficiency> fixed = m_inefficiency->Clone();
+  fixed->Fix(thetaC);
+  GibbsSettings reducedSettings = Settings();
+  reducedSettings.seed = Settings().seed + 1;
+  auto reducedRun = [&](FrontierRun run, int columns, std::vector<Eigen::MatrixXd>& draws) {
+    Estimator reduced(reducedSettings.ToVector());
+    auto makeReduced = [&](int) -> std::unique_ptr<GibbsChain> {
+      return std::make_unique<FrontierChain>(data, fixed->Clone(), bC, tauC, 0.5 * sd, threads, run);
+    };
+    if (!reduced.RunChains(makeReduced, columns, out, interrupt)) return false;
+    draws = reduced.Draws();
+    return true;
+  };
+  std::vector<Eigen::MatrixXd> tauRun, bRun;
+  if (!reducedRun(FrontierRun::FixedInefficiency, 1, tauRun)) return false;
+  if (!reducedRun(FrontierRun::FixedInefficiencyAndTau, static_cast<int>(k), bRun)) return false;
+  std::vector<double> tauOrdinates, bOrdinates;
+  const double shape = m_priors.a + 0.5 * static_cast<double>(n);
+  for (const Eigen::MatrixXd& draws : tauRun) {
+    for (Eigen::Index g = 0; g < draws.rows(); ++g) {
+      tauOrdinates.push_back(mlik::LogGammaDensity(tauC, shape, m_priors.b + 0.5 * draws(g, 0)));
+    }
+  }
+  const Eigen::MatrixXd A = tauC * data.XtX + m_priors.coefficients.precision;
+  const Eigen::LLT<Eigen::MatrixXd> factor(A);
+  for (const Eigen::MatrixXd& draws : bRun) {
+    for (Eigen::Index g = 0; g < draws.rows(); ++g) {
+      const Eigen::VectorXd mean =
+          factor.solve(tauC * draws.row(g).transpose() + m_priors.coefficients.precisionTimesMean);
+      bOrdinates.push_back(mlik::LogNormalDensity(bC, mean, A));
+    }
+  }
+  auto logMean = [](const std::vector<double>& values) {
+    return mlik::LogMeanExp(Eigen::Map<const Eigen::VectorXd>(values.data(), static_cast<Eigen::Index>(values.size())));
+  };
+  logML_CJ = LogLikelihood(bC, tauC, thetaC) +
+             mlik::LogNormalDensity(bC, m_priors.coefficients.mean, m_priors.coefficients.precision) +
+             mlik::LogGammaDensity(tauC, m_priors.a, m_priors.b) + m_inefficiency->LogPrior(thetaC) -
+             mlik::LogMeanExp(thetaOrdinates) - logMean(tauOrdinates) - logMean(bOrdinates);
   return true;
 }

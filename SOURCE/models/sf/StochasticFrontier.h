@@ -38,8 +38,10 @@ public:
   // from 0. False when interrupted. Afterwards the efficiency scores and logML (Lewis & Raftery on
   // (b, log tau, [log omega], the inefficiency's parameters, positive ones in logs), u and the
   // firm effects integrated out) are set.
+  // With `chib`, for the half-normal and the exponential without firm effects, logML_CJ (Chib's
+  // method, with two more runs that hold the inefficiency's parameters, then tau too, fixed).
   bool Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd& X, const std::vector<int>& groups, bool cost,
-              const Priors& priors, const EventDispatcher& out, const std::atomic<bool>* interrupt);
+              const Priors& priors, bool chib, const EventDispatcher& out, const std::atomic<bool>* interrupt);
 
   // The labels after the coefficients': tau, [omega], the inefficiency's.
   std::vector<std::string> ParameterLabels(bool firmEffects) const;
