@@ -104,7 +104,10 @@ using MakeEstimator = std::function<std::unique_ptr<StochasticFrontier>(const Ei
 std::string Intrepr_SF1(const ModelRequest& request, std::unique_ptr<ModelJob>& job) {
   const bool firmEffects = request.keyword == "sf_re";
   const bool determinants = !request.secondList.empty();
-  std::string word = "hnorm";
+  if (request.options.numeric.count("cost")) {
+    return "The \"cost\" argument must be set to either \"true\" or \"false\".";
+  }
+  std::string word = request.options.numeric.count("dist") ? "" : "hnorm";
   if (const auto it = request.options.strings.find("dist"); it != request.options.strings.end()) word = it->second;
   const Distribution* distribution = nullptr;
   for (const Distribution& d : kDistributions) {

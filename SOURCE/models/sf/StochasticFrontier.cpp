@@ -247,8 +247,10 @@ bool StochasticFrontier::Sample(const Eigen::VectorXd& y, const Eigen::MatrixXd&
   const Eigen::VectorXd fit = (data.XtX + m_priors.coefficients.precision)
                                   .llt()
                                   .solve(X.transpose() * y + m_priors.coefficients.precisionTimesMean);
-  const double variance = (y - X * fit).squaredNorm() / static_cast<double>(std::max<Eigen::Index>(1, n - k));
-  const double sd = std::sqrt(std::max(variance, 1e-12));
+  // A perfect fit leaves no residual spread: start from a small one.
+  const double variance =
+      std::max((y - X * fit).squaredNorm() / static_cast<double>(std::max<Eigen::Index>(1, n - k)), 1e-12);
+  const double sd = std::sqrt(variance);
   const long chains = Settings().chains;
   const int threads = ObservationBlocks::ThreadsPerChain(chains);
   auto make = [&](int c) -> std::unique_ptr<GibbsChain> {
