@@ -92,7 +92,7 @@ double Correlation(const Eigen::VectorXd& a, const Eigen::VectorXd& b) {
 // The integrals of a density f and of w f(w) over [-6, 10], by Simpson's rule (fine enough for
 // densities of spread above 0.2).
 std::pair<double, double> MassAndMean(const std::function<double(double)>& f) {
-  const int intervals = 1600;
+  const int intervals = 800;
   const double a = -6.0, h = 16.0 / intervals;
   double mass = 0.0, mean = 0.0;
   for (int j = 0; j <= intervals; ++j) {
