@@ -80,7 +80,9 @@ void ExpectRecovered(const Estimator& estimator, const Eigen::VectorXd& truth, d
   const Eigen::RowVectorXd mean = draws.colwise().mean();
   const Eigen::MatrixXd cov = mlik::Covariance(draws);
   for (Eigen::Index j = 0; j < truth.size(); ++j) {
-    if (!std::isnan(truth(j))) EXPECT_NEAR(mean(j), truth(j), sds * std::sqrt(cov(j, j))) << "parameter " << j;
+    if (!std::isnan(truth(j))) {
+      EXPECT_NEAR(mean(j), truth(j), sds * std::sqrt(cov(j, j))) << "parameter " << j;
+    }
   }
 }
 
