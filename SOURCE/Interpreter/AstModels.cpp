@@ -141,6 +141,10 @@ TavixValue ModelExpression::Evaluate(ExecContext& context) const {
     request.datasetName = WorkspaceNameOf(ws, request.dataset, request.datasetName);
   }
 
+  if (const FamilyLabeller labeller = FindModelLabeller(keyword)) {
+    const std::string status = labeller(request);
+    if (status != "OK") context.Fail(*this, status);
+  }
   if (request.options.numeric.count("Xi") && !hasConstraints) {
     context.Fail(*this, "A precision matrix for linear constraints was provided, but without constraints.");
   }

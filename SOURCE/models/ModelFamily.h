@@ -83,11 +83,19 @@ private:
 // or returns the message of the refusal.
 using FamilyInterpreter = std::string (*)(const ModelRequest& request, std::unique_ptr<ModelJob>& job);
 
-// Registers a family's interpreter for the keywords it serves (done once per family folder, by a
-// static ModelFamilyRegistration in its own file).
+// A family whose coefficients are not one per regressor (a set per alternative of a choice, ...)
+// names them from its data: it rewrites request.labels before the constraints are resolved
+// against them. Returns "OK" or the message.
+using FamilyLabeller = std::string (*)(ModelRequest& request);
+
+// Registers a family's interpreter (and its labeller, if it has one) for the keywords it serves
+// (done once per family folder, by a static ModelFamilyRegistration in its own file).
 struct ModelFamilyRegistration {
-  ModelFamilyRegistration(std::vector<std::string> keywords, FamilyInterpreter interpreter);
+  ModelFamilyRegistration(std::vector<std::string> keywords, FamilyInterpreter interpreter,
+                          FamilyLabeller labeller = nullptr);
 };
 
 // The interpreter of a keyword; null when no family serves it (yet).
 FamilyInterpreter FindModelFamily(const std::string& keyword);
+// The labeller of a keyword; null when its labels are the usual dependent$regressor.
+FamilyLabeller FindModelLabeller(const std::string& keyword);

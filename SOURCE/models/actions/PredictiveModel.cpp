@@ -176,7 +176,28 @@ std::string PredictiveModel::ComputeMarginalEffects(const ActionOptions& options
   const Eigen::Index D = B.rows();
   Eigen::MatrixXd effects(D, k);  // one column per regressor
   std::string where;
-  if (options.point == ActionOptions::Point::PerObservation) {
+  if (SeveralIndices()) {
+    const bool average = options.point == ActionOptions::Point::PerObservation;
+    Eigen::MatrixXd at;
+    if (average) {
+      at = regressorData;
+      where = "averaged over the " + std::to_string(at.rows()) + " observations";
+    } else if (options.point == ActionOptions::Point::Given) {
+      at = Eigen::Map<const Eigen::RowVectorXd>(options.pointValues.data(), k);
+      where = "at the given point";
+    } else if (options.point == ActionOptions::Point::Median) {
+      at.resize(1, k);
+      for (Eigen::Index j = 0; j < k; ++j) at(0, j) = Median(regressorData.col(j));
+      where = "at the medians of the regressors";
+    } else {
+      at = regressorData.colwise().mean();
+      where = "at the means of the regressors";
+    }
+    if (!EffectsOfRegressors(type, at, binary, average, context.interrupt, effects)) {
+      interrupted = true;
+      return "OK";
+    }
+  } else if (options.point == ActionOptions::Point::PerObservation) {
     // One pass over the observations: per draw, the average derivative of the quantity (column
     // 0) and the average discrete change of each binary regressor (column 1 + its position
     // among them): q(x_i'b + (1 - x_ij) b_j) - q(x_i'b - x_ij b_j).
@@ -258,6 +279,41 @@ std::string PredictiveModel::ComputeMarginalEffects(const ActionOptions& options
   return "OK";
 }
 
+bool PredictiveModel::EffectsOfRegressors(int type, const Eigen::MatrixXd& X, const std::vector<bool>& binary,
+                                          bool average, const std::atomic<bool>* interrupt,
+                                          Eigen::MatrixXd& effects) const {
+  const Eigen::MatrixXd& draws = PooledDraws();
+  const Eigen::Index k = X.cols(), D = draws.rows();
+  // Each regressor moved down and up: to 0 and 1 when it is binary, by a small central step otherwise.
+  auto effectsOf = [&](Eigen::Index first, Eigen::Index count, Eigen::MatrixXd& sums) {
+    thread_local Eigen::MatrixXd moved, low, high;
+    for (Eigen::Index j = 0; j < k; ++j) {
+      const bool discrete = binary[static_cast<std::size_t>(j)];
+      moved = X.middleRows(first, count);
+      const Eigen::ArrayXd step = 1e-5 * (1.0 + moved.col(j).array().abs());
+      if (discrete) {
+        moved.col(j).setZero();
+      } else {
+        moved.col(j).array() -= step;
+      }
+      QuantityOfRegressors(type, moved, draws, low);
+      if (discrete) {
+        moved.col(j).setOnes();
+      } else {
+        moved.col(j).array() += 2.0 * step;
+      }
+      QuantityOfRegressors(type, moved, draws, high);
+      high -= low;
+      if (!discrete) high *= (0.5 / step).matrix().asDiagonal();
+      AddRowSums(high, sums.col(j));
+    }
+  };
+  if (average) return AverageOverObservations(X.rows(), D, k, effectsOf, interrupt, effects);
+  effects = Eigen::MatrixXd::Zero(D, k);
+  effectsOf(0, 1, effects);
+  return true;
+}
+
 std::string PredictiveModel::Mfx(const ActionOptions& options, const ActionContext& context,
                                  ActionResult& result) const {
   MarginalEffects effects;
@@ -315,6 +371,10 @@ std::string PredictiveModel::ComputePredictions(const ActionOptions& options, co
   const Eigen::MatrixXd& draws = PooledDraws();
   const Eigen::MatrixXd B = second ? SecondListCoefficientDraws() : CoefficientDraws();
   const bool complete = SummarizeObservations(X.rows(), B.rows(), [&](Eigen::Index first, Eigen::Index count, Eigen::MatrixXd& out) {
+    if (SeveralIndices() && !further) {
+      QuantityOfRegressors(type, X.middleRows(first, count), draws, out);
+      return;
+    }
     out.noalias() = B * X.middleRows(first, count).transpose();
     if (further) {
       FurtherQuantity(type, data, first, out);

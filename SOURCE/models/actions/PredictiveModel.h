@@ -56,6 +56,14 @@ protected:
   virtual std::string DescribeFurther(int /*type*/) const { return {}; }
   virtual void FurtherQuantity(int /*type*/, const ActionData& /*data*/, Eigen::Index /*first*/,
                                Eigen::MatrixXd& /*index*/) const {}
+  // Models whose quantities depend on the regressors through several indices (one per alternative
+  // of a choice, ...) give them from the regressors instead of through Link(), which then only
+  // names the types: `out` (rows: the draws; columns: the rows of X) receives the quantity of
+  // `type`. Their marginal effects are discrete changes (binary regressors) or central
+  // differences of the quantity.
+  virtual bool SeveralIndices() const { return false; }
+  virtual void QuantityOfRegressors(int /*type*/, const Eigen::Ref<const Eigen::MatrixXd>& /*X*/,
+                                    const Eigen::MatrixXd& /*draws*/, Eigen::MatrixXd& /*out*/) const {}
   // Whether the quantity of `type` is a function of the second list's index z'g (its coefficients
   // follow the main list's among the parameters) instead of x'b.
   virtual bool IndexOfSecondList(int /*type*/) const { return false; }
@@ -90,4 +98,8 @@ private:
   std::string CheckType(const ActionOptions& options, const ActionContext& context, const std::string& action) const;
   std::string CheckEffectsType(const ActionOptions& options, const ActionContext& context) const;
   std::string DescribeEffect(int type) const;
+  // The marginal effects (rows: draws) of the models with several indices at one point, or averaged
+  // over the rows of X; false when interrupted.
+  bool EffectsOfRegressors(int type, const Eigen::MatrixXd& X, const std::vector<bool>& binary, bool average,
+                           const std::atomic<bool>* interrupt, Eigen::MatrixXd& effects) const;
 };
