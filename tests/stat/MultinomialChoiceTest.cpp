@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <vector>
 
+#include "ConditionalLogit.h"
 #include "EventDispatcher.h"
 #include "MarginalLikelihood.h"
 #include "MultinomialLogit.h"
@@ -125,4 +127,48 @@ TEST(MNLogit, InterceptsAgreeWithQuadrature) {
   EXPECT_NEAR(std::sqrt(cov(1, 1)), sd2, 0.06 * sd2);
   EXPECT_NEAR(model.logML_CJ, top + std::log(mass), 0.05);
   EXPECT_NEAR(model.logML, top + std::log(mass), 0.1);
+}
+
+// Situations of three or four alternatives, each described by two regressors; the chosen one
+// maximises x'b + Gumbel noise.
+TEST(CLogit, RecoversSimulatedCoefficients) {
+  const Eigen::Vector2d truth(1.0, -0.5);
+  RandomEngine rng;
+  rng.Seed(12);
+  const int S = 1000;
+  ChoiceSituations situations;
+  std::vector<Eigen::RowVector2d> rows;
+  situations.start.push_back(0);
+  for (int s = 0; s < S; ++s) {
+    const int J = rng.Uniform() < 0.5 ? 3 : 4;
+    double best = -1e300;
+    Eigen::Index chosen = 0;
+    for (int j = 0; j < J; ++j) {
+      const Eigen::RowVector2d x(rng.Normal(), rng.Normal());
+      const double u = x.dot(truth) + Gumbel(rng);
+      if (u > best) {
+        best = u;
+        chosen = static_cast<Eigen::Index>(rows.size());
+      }
+      rows.push_back(x);
+    }
+    situations.chosen.push_back(chosen);
+    situations.start.push_back(static_cast<Eigen::Index>(rows.size()));
+  }
+  Eigen::MatrixXd X(static_cast<Eigen::Index>(rows.size()), 2);
+  for (std::size_t r = 0; r < rows.size(); ++r) X.row(static_cast<Eigen::Index>(r)) = rows[r];
+  CLogit model(Gibbs(1500, 200, 2));
+  ASSERT_TRUE(model.Sample(situations, X, Prior(2, 1e-3), EventDispatcher(), nullptr));
+  const Eigen::MatrixXd draws = Pooled(model);
+  const Eigen::RowVectorXd mean = draws.colwise().mean();
+  const Eigen::MatrixXd cov = mlik::Covariance(draws);
+  for (Eigen::Index j = 0; j < 2; ++j) EXPECT_NEAR(mean(j), truth(j), 4.0 * std::sqrt(cov(j, j))) << j;
+  EXPECT_GT(model.acceptance, 0.7);
+  const Eigen::VectorXd b = 0.5 * truth;
+  Eigen::VectorXd gradient, numericGradient;
+  Eigen::MatrixXd hessian, numericHessian;
+  const double kernel = model.Derivatives(b, gradient, hessian);
+  EXPECT_NEAR(model.IndependenceTarget::Derivatives(b, numericGradient, numericHessian), kernel, 1e-9 * std::fabs(kernel));
+  EXPECT_LT((numericGradient - gradient).norm(), 1e-4 * gradient.norm());
+  EXPECT_LT((numericHessian - hessian).norm(), 1e-4 * hessian.norm());
 }

@@ -24,6 +24,7 @@ private:
 };
 
 const ModelClassRegistration kMNLogit("MNLogit", [] { return std::make_shared<MIM_MNLogit>(); });
+const ModelClassRegistration kCLogit("CLogit", [] { return std::make_shared<MIM_CLogit>(); });
 
 }  // namespace
 

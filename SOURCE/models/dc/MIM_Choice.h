@@ -36,3 +36,7 @@ protected:
   void Probability(Eigen::Index alternative, const std::vector<Eigen::MatrixXd>& indices, const Eigen::MatrixXd& draws,
                    Eigen::MatrixXd& out) const override;
 };
+
+// The conditional logit: one coefficient per regressor, common to every alternative. Its draws
+// and results are those of every model; it has no post-estimation actions of its own.
+class MIM_CLogit : public Model {};
