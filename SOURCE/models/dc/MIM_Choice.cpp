@@ -25,6 +25,8 @@ private:
 
 const ModelClassRegistration kMNLogit("MNLogit", [] { return std::make_shared<MIM_MNLogit>(); });
 const ModelClassRegistration kCLogit("CLogit", [] { return std::make_shared<MIM_CLogit>(); });
+const ModelClassRegistration kMNProbit("MNProbit", [] { return std::make_shared<MIM_MNProbit>(); });
+const ModelClassRegistration kCProbit("CProbit", [] { return std::make_shared<MIM_CProbit>(); });
 
 }  // namespace
 

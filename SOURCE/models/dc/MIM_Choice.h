@@ -40,3 +40,8 @@ protected:
 // The conditional logit: one coefficient per regressor, common to every alternative. Its draws
 // and results are those of every model; it has no post-estimation actions of its own.
 class MIM_CLogit : public Model {};
+
+// The probits: coefficients, then the free elements of the utility differences' covariance
+// (Sigma_11 = 1). "alternatives" and "base" as for the multinomial logit.
+class MIM_MNProbit : public Model {};
+class MIM_CProbit : public Model {};
