@@ -9,6 +9,7 @@
 #include "EventDispatcher.h"
 #include "MarginalLikelihood.h"
 #include "MultinomialLogit.h"
+#include "MultinomialProbit.h"
 #include "PooledDraws.h"
 #include "RandomEngine.h"
 
@@ -171,4 +172,98 @@ TEST(CLogit, RecoversSimulatedCoefficients) {
   EXPECT_NEAR(model.IndependenceTarget::Derivatives(b, numericGradient, numericHessian), kernel, 1e-9 * std::fabs(kernel));
   EXPECT_LT((numericGradient - gradient).norm(), 1e-4 * gradient.norm());
   EXPECT_LT((numericHessian - hessian).norm(), 1e-4 * hessian.norm());
+}
+
+namespace {
+
+// Utilities u_a = x_a'b + e_a with independent errors of standard deviations `sd` over three
+// alternatives; the identified parameters are those of the differences from alternative 0, scaled
+// so that the first difference's variance is 1.
+struct ProbitSample {
+  std::vector<Eigen::MatrixXd> D;  // per alternative 1, 2: its regressors less alternative 0's
+  Eigen::VectorXi choice;
+};
+
+ProbitSample SimulateConditionalProbit(int n, const Eigen::Vector2d& b, const Eigen::Vector3d& sd, std::uint64_t seed) {
+  RandomEngine rng;
+  rng.Seed(seed);
+  ProbitSample s;
+  s.D.assign(2, Eigen::MatrixXd(n, 2));
+  s.choice.resize(n);
+  for (int i = 0; i < n; ++i) {
+    Eigen::Matrix<double, 3, 2> x;
+    Eigen::Vector3d u;
+    for (int a = 0; a < 3; ++a) {
+      x.row(a) << rng.Normal(), rng.Normal();
+      u(a) = x.row(a).dot(b) + sd(a) * rng.Normal();
+    }
+    for (int j = 0; j < 2; ++j) s.D[static_cast<std::size_t>(j)].row(i) = x.row(j + 1) - x.row(0);
+    Eigen::Index best = 0;
+    u.maxCoeff(&best);
+    s.choice(i) = static_cast<int>(best);
+  }
+  return s;
+}
+
+}  // namespace
+
+TEST(CProbit, RecoversIdentifiedCoefficientsAndCovariance) {
+  const Eigen::Vector2d b(1.0, -0.5);
+  const Eigen::Vector3d sd(std::sqrt(0.5), 1.0, std::sqrt(1.5));
+  ProbitSample s = SimulateConditionalProbit(1000, b, sd, 4);
+  // Differences: var(e1 - e0) = 1.5, var(e2 - e0) = 2, cov = 0.5; scaled by 1.5.
+  Eigen::VectorXd truth(4);
+  truth << b / std::sqrt(1.5), 0.5 / 1.5, 2.0 / 1.5;
+  const AlternativeDesign design(s.D);
+  // A prior centred at zero (joint draw of the scale and b) and one centred elsewhere (b drawn on
+  // the identified scale).
+  for (double centre : {0.0, 0.2}) {
+    MNProbit model(Gibbs(1000, 200, 2));
+    const LinearPrior prior = LinearPrior::Combine(Eigen::VectorXd::Constant(2, centre), Eigen::MatrixXd::Identity(2, 2) * 1e-3,
+                                                   Eigen::MatrixXd(0, 2), Eigen::VectorXd(0), Eigen::MatrixXd(0, 0));
+    ASSERT_TRUE(model.Sample(design, s.choice, Eigen::MatrixXd(), prior, 5.0, Eigen::MatrixXd::Identity(2, 2),
+                             EventDispatcher(), nullptr));
+    const Eigen::MatrixXd draws = Pooled(model);
+    ASSERT_EQ(draws.cols(), 4);
+    const Eigen::RowVectorXd mean = draws.colwise().mean();
+    const Eigen::MatrixXd cov = mlik::Covariance(draws);
+    for (Eigen::Index j = 0; j < 4; ++j) {
+      EXPECT_NEAR(mean(j), truth(j), 4.0 * std::sqrt(cov(j, j))) << "parameter " << j << ", prior centre " << centre;
+    }
+    EXPECT_GT(model.acceptance, 0.5);
+    EXPECT_TRUE(std::isfinite(model.logML));
+  }
+}
+
+TEST(MNProbit, RecoversSimulatedCoefficients) {
+  // Chooser regressors only: w_i = B'x_i + e_i over two differences, Sigma = [1 0.5; 0.5 1.5].
+  Eigen::MatrixXd B(3, 2);
+  B << 0.5, -0.3,
+       1.5, -1.2,
+       -1.0, 1.0;
+  Eigen::Matrix2d sigma;
+  sigma << 1.0, 0.5, 0.5, 1.5;
+  const Eigen::Matrix2d L = sigma.llt().matrixL();
+  RandomEngine rng;
+  rng.Seed(21);
+  const int n = 1500;
+  Eigen::MatrixXd X(n, 3);
+  Eigen::VectorXi choice(n);
+  for (int i = 0; i < n; ++i) {
+    X.row(i) << 1.0, rng.Normal(), rng.Normal();
+    const Eigen::Vector2d w = B.transpose() * X.row(i).transpose() + L * Eigen::Vector2d(rng.Normal(), rng.Normal());
+    Eigen::Index best = 0;
+    choice(i) = w.maxCoeff(&best) < 0.0 ? 0 : static_cast<int>(best) + 1;
+  }
+  const ChooserDesign design(X, 2);
+  MNProbit model(Gibbs(1500, 300, 2));
+  ASSERT_TRUE(model.Sample(design, choice, Eigen::MatrixXd(), Prior(6, 1e-3), 5.0, Eigen::MatrixXd::Identity(2, 2),
+                           EventDispatcher(), nullptr));
+  const Eigen::MatrixXd draws = Pooled(model);
+  ASSERT_EQ(draws.cols(), 8);
+  Eigen::VectorXd truth(8);
+  truth << B.reshaped(), 0.5, 1.5;
+  const Eigen::RowVectorXd mean = draws.colwise().mean();
+  const Eigen::MatrixXd cov = mlik::Covariance(draws);
+  for (Eigen::Index j = 0; j < 8; ++j) EXPECT_NEAR(mean(j), truth(j), 4.0 * std::sqrt(cov(j, j))) << j;
 }

@@ -185,9 +185,10 @@ std::unique_ptr<ModelJob> ProbitJob(const ModelRequest& request, const Eigen::Ve
     model->AddResult("acceptance", Eigen::MatrixXd::Constant(1, 1, estimator.acceptance));
     model->AddResult("alternatives", codeColumn);
     model->AddResult("base", Eigen::MatrixXd::Constant(1, 1, static_cast<double>(base)));
-    const double nan = std::numeric_limits<double>::quiet_NaN();
+    // Chib's method would need the ordinate of the covariance's Metropolis-Hastings step: not given.
     DescribeEstimate(*model, conditional ? "CProbit" : "MNProbit",
-                     conditional ? "Conditional probit model" : "Multinomial probit model", estimator, data, nan, nan);
+                     conditional ? "Conditional probit model" : "Multinomial probit model", estimator, data,
+                     estimator.logML, std::numeric_limits<double>::quiet_NaN());
     return model;
   });
 }

@@ -27,6 +27,9 @@ const ModelClassRegistration kMNLogit("MNLogit", [] { return std::make_shared<MI
 const ModelClassRegistration kCLogit("CLogit", [] { return std::make_shared<MIM_CLogit>(); });
 const ModelClassRegistration kMNProbit("MNProbit", [] { return std::make_shared<MIM_MNProbit>(); });
 const ModelClassRegistration kCProbit("CProbit", [] { return std::make_shared<MIM_CProbit>(); });
+const ModelClassRegistration kMVProbit("MVProbit", [] { return std::make_shared<MIM_MVProbit>(); });
+const ModelClassRegistration kMVProbit2("MVProbit2", [] { return std::make_shared<MIM_MVProbit>(); });
+const ModelClassRegistration kMVProbit3("MVProbit3", [] { return std::make_shared<MIM_MVProbit>(); });
 
 }  // namespace
 

@@ -45,3 +45,7 @@ class MIM_CLogit : public Model {};
 // (Sigma_11 = 1). "alternatives" and "base" as for the multinomial logit.
 class MIM_MNProbit : public Model {};
 class MIM_CProbit : public Model {};
+
+// The multivariate probits: every equation's coefficients, then the parameters of the errors'
+// correlation (correlations, the common rho, or the loadings).
+class MIM_MVProbit : public Model {};

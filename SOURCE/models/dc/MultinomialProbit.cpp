@@ -6,6 +6,8 @@
 
 #include "ChiSquared.h"
 #include "CorrelatedUtilities.h"
+#include "MarginalLikelihood.h"
+#include "OrthantProbability.h"
 #include "Wishart.h"
 
 namespace {
@@ -125,6 +127,61 @@ private:
   long m_accepted = 0, m_sweeps = 0;
 };
 
+// GHK points per observation for the likelihood at the posterior mean.
+constexpr Eigen::Index kOrthantPoints = 500;
+
+// log P(choices | b, Sigma): per observation the probability that the chosen alternative's
+// utility exceeds the others' and the base's (0): with v = A w, v_0 = w_c and v_l = w_c - w_l,
+// P(v > 0); for the base, P(-w > 0). Alternatives a situation does not offer are left out.
+double ChoiceLogLikelihood(const UtilityDesign& design, const Eigen::VectorXi& choice, const Eigen::MatrixXd& available,
+                           const Eigen::VectorXd& b, const Eigen::MatrixXd& sigma) {
+  const Eigen::Index n = design.Observations(), p = design.Differences();
+  Eigen::MatrixXd M(n, p);
+  design.Means(b, M);
+  RandomEngine rng;
+  rng.Seed(20260101);
+  const Eigen::MatrixXd uniforms = OrthantUniforms(p, kOrthantPoints, rng);
+  double total = 0.0;
+  for (Eigen::Index i = 0; i < n; ++i) {
+    std::vector<Eigen::Index> offered;
+    for (Eigen::Index j = 0; j < p; ++j) {
+      if (available.size() == 0 || available(i, j) != 0.0) offered.push_back(j);
+    }
+    const auto d = static_cast<Eigen::Index>(offered.size());
+    if (d == 0) continue;  // only the base was offered
+    Eigen::MatrixXd A = Eigen::MatrixXd::Zero(d, p);
+    const int c = choice(i);
+    for (Eigen::Index r = 0; r < d; ++r) {
+      const Eigen::Index j = offered[static_cast<std::size_t>(r)];
+      if (c == 0) {
+        A(r, j) = -1.0;
+      } else {
+        A(r, c - 1) += 1.0;
+        if (j != c - 1) A(r, j) -= 1.0;
+      }
+    }
+    const Eigen::MatrixXd L = (A * sigma * A.transpose()).llt().matrixL();
+    total += LogOrthantProbability(A * M.row(i).transpose(), L, uniforms.topRows(d));
+  }
+  return total;
+}
+
+// log p(Sigma) with Sigma = Sigma~ / Sigma~_11, Sigma~ ~ inverse Wishart(nu, S), as a density of
+// Sigma's free elements: the scale integrated out, c |Sigma|^-(nu+p+1)/2 Gamma(p nu/2)
+// (tr(S Sigma^-1)/2)^(-p nu/2), c the inverse Wishart's constant.
+double LogInducedCovariancePrior(const Eigen::MatrixXd& sigma, double nu, const Eigen::MatrixXd& S) {
+  const auto p = static_cast<double>(sigma.rows());
+  const double logPi = std::log(3.14159265358979323846);
+  double logMultiGamma = 0.25 * p * (p - 1.0) * logPi;
+  for (int j = 1; j <= static_cast<int>(p); ++j) logMultiGamma += std::lgamma(0.5 * nu + 0.5 * (1.0 - j));
+  const Eigen::LLT<Eigen::MatrixXd> sigmaFactor(sigma), scaleFactor(S);
+  const double logDetSigma = 2.0 * sigmaFactor.matrixL().toDenseMatrix().diagonal().array().log().sum();
+  const double logDetS = 2.0 * scaleFactor.matrixL().toDenseMatrix().diagonal().array().log().sum();
+  const double trace = (S * sigmaFactor.solve(Eigen::MatrixXd::Identity(sigma.rows(), sigma.rows()))).trace();
+  return 0.5 * nu * logDetS - 0.5 * nu * p * std::log(2.0) - logMultiGamma - 0.5 * (nu + p + 1.0) * logDetSigma +
+         std::lgamma(0.5 * p * nu) - 0.5 * p * nu * std::log(0.5 * trace);
+}
+
 }  // namespace
 
 std::vector<std::string> MNProbit::CovarianceLabels(const std::vector<std::string>& names) {
@@ -152,5 +209,21 @@ bool MNProbit::Sample(const UtilityDesign& design, const Eigen::VectorXi& choice
   double accepted = 0.0;
   for (const auto& chain : Chains()) accepted += static_cast<const MultinomialProbitChain&>(*chain).Acceptance();
   acceptance = accepted / static_cast<double>(chains);
+
+  const Eigen::MatrixXd draws = PoolDraws(k + CovarianceCount(p));
+  const Eigen::VectorXd mean = draws.colwise().mean().transpose();
+  Eigen::MatrixXd sigma(p, p);
+  Eigen::Index c = k;
+  for (Eigen::Index l = 0; l < p; ++l) {
+    for (Eigen::Index j = l; j < p; ++j) {
+      sigma(j, l) = sigma(l, j) = j > 0 ? mean(c++) : 1.0;
+    }
+  }
+  const Eigen::VectorXd bStar = mean.head(k);
+  if (Eigen::LLT<Eigen::MatrixXd>(sigma).info() == Eigen::Success) {
+    const double kernel = ChoiceLogLikelihood(design, choice, available, bStar, sigma) +
+                          mlik::LogNormalDensity(bStar, prior.mean, prior.precision) + LogInducedCovariancePrior(sigma, nu, S);
+    logML = mlik::LaplaceMetropolis(kernel, draws);
+  }
   return true;
 }

@@ -39,6 +39,8 @@ public:
               const std::atomic<bool>* interrupt);
 
   double acceptance = std::numeric_limits<double>::quiet_NaN();  // of the covariance step
+  // Lewis & Raftery's estimate, the choice probabilities by the GHK simulator.
+  double logML = std::numeric_limits<double>::quiet_NaN();
 
   // The labels of the recorded covariance elements, Sigma_j_l with the alternatives' names.
   static std::vector<std::string> CovarianceLabels(const std::vector<std::string>& names);

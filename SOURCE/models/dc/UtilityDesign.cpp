@@ -2,7 +2,7 @@
 #include "UtilityDesign.h"
 
 ChooserDesign::ChooserDesign(Eigen::MatrixXd X, Eigen::Index differences)
-    : m_X(std::move(X)), m_p(differences), m_XtX(m_X.transpose() * m_X), m_XtWH(m_X.cols(), differences) {}
+    : m_X(std::move(X)), m_p(differences), m_XtX(m_X.transpose() * m_X) {}
 
 void ChooserDesign::Means(const Eigen::VectorXd& b, Eigen::MatrixXd& M) const {
   M.noalias() = m_X * b.reshaped(m_X.cols(), m_p);
@@ -14,8 +14,8 @@ void ChooserDesign::CrossProducts(const Eigen::MatrixXd& H, const Eigen::MatrixX
   for (Eigen::Index j = 0; j < m_p; ++j) {
     for (Eigen::Index l = 0; l < m_p; ++l) XtHX.block(j * k, l * k, k, k) = H(j, l) * m_XtX;
   }
-  m_XtWH.noalias() = m_X.transpose() * WH;
-  XtHw = m_XtWH.reshaped();
+  // Written straight into XtHw: the design is shared by chains running at once.
+  Eigen::Map<Eigen::MatrixXd>(XtHw.data(), k, m_p).noalias() = m_X.transpose() * WH;
 }
 
 AlternativeDesign::AlternativeDesign(std::vector<Eigen::MatrixXd> differences) : m_D(std::move(differences)) {

@@ -6,6 +6,7 @@
 
 #include <Eigen/Dense>
 
+// Shared by the chains, which run at once: its methods keep no state.
 class UtilityDesign {
 public:
   virtual ~UtilityDesign() = default;
@@ -35,7 +36,6 @@ private:
   Eigen::MatrixXd m_X;
   Eigen::Index m_p;
   Eigen::MatrixXd m_XtX;
-  mutable Eigen::MatrixXd m_XtWH;
 };
 
 // The conditional probit: coefficients common to every alternative, row j of X_i the regressors
