@@ -10,6 +10,7 @@
 #include "TavixOrderStructure.h"
 
 class TokenStream;
+struct Session;
 
 // A function as the session keeps it: its parsed body and the text it points into, with the
 // input name and line offset its errors report.
@@ -18,10 +19,31 @@ struct FunctionDefinition {
   std::vector<std::string> inputs;
   std::vector<std::string> outputs;
   std::shared_ptr<TokenStream> stream;
+  int first = 0;  // the index of its `function` token in `stream`
   std::shared_ptr<Block> body;
   std::string inputName;
   long lineOffset = 0;
 };
+
+// The function `name` as a call at `at` finds it: defined in the session, else (in a call of
+// mthread) defined by the caller, else defined by the file "name.tvx" in the working directory as
+// its first statement. Raises at `at` when there is none.
+std::shared_ptr<const FunctionDefinition> FindFunction(ExecContext& context, const Node& at,
+                                                       const std::string& name);
+
+// A copy of `function` with nodes of its own, read with `session` from a copy of its text (a call
+// of mthread must not run nodes that another thread runs).
+std::shared_ptr<const FunctionDefinition> ReadFunctionAgain(Session& session,
+                                                            const FunctionDefinition& function);
+
+// Runs the function's body with `session` on a fresh workspace holding `values` (at most one per
+// input; an input whose value has kind UNKNOWN is left unset) and returns its outputs in order. Errors of the body are raised; an output the body did
+// not assign is returned as its message in `unassigned`, with the outputs before it.
+TavixOrderStructure RunFunction(Session& session, const FunctionDefinition& function,
+                                const std::vector<TavixValue>& values, std::string& unassigned);
+
+// The message of a call with more values than the function has inputs; empty when they fit.
+std::string TooManyArguments(const FunctionDefinition& function, std::size_t given);
 
 // function [outputs] = name(inputs) block end: running it defines the function for the session.
 struct FunctionStatement : Statement {

@@ -310,6 +310,7 @@ void RunAction(ExecContext& context, const PostEstimationStatement& node, ReadOp
 }
 
 void RunPlotdraws(ExecContext& context, const PostEstimationStatement& node, const ReadOptions& read) {
+  context.RefuseFigureInParallelCall(node);
   const Model& model = *read.model;
   // Without elements named, every parameter is plotted.
   const std::vector<std::string> elements = node.names.empty() ? model.Labels() : node.names;

@@ -125,7 +125,11 @@ void SessionCommand::Execute(ExecContext& context) const {
                               "seconds.");
         }
         InterruptibleSleep(context, (*value.matrix)(0, 0));
-      } else if (context.session().postToFrontEnd) {
+        return;
+      }
+      // Waiting for the user: several calls at once cannot share the keyboard.
+      context.RefuseInParallelCall(*this, "pause");
+      if (context.session().postToFrontEnd) {
         context.RequestFrontEnd(*this, {FrontEndRequest::Kind::Pause, {}, nullptr});
       } else if (isatty(STDIN_FILENO)) {
         // Without a window, a terminal waits for Enter; a run fed from a pipe or file goes on.
@@ -187,6 +191,8 @@ void ControlCommand::Execute(ExecContext& context) const {
       return;
     }
     case SetWd: {
+      // The working directory belongs to the whole program, and other calls read files from it.
+      context.RefuseInParallelCall(*this, "setwd");
       const std::string directory = StringArgument(context, *this, *argument, "setwd");
       std::error_code error;
       std::filesystem::current_path(directory, error);

@@ -108,6 +108,8 @@ void ClearStatement::Execute(ExecContext& context) const {
 }
 
 void SetBinaryStatement::Execute(ExecContext& context) const {
+  // The directories are settings of the whole program.
+  context.RefuseInParallelCall(*this, "setbinary");
   namespace globals = Tavix_SYSTEM_NAMESPACE::GLOBAL;
   static const std::map<std::string, std::string*> kPrograms = {
       {"jags", &globals::DirectoryJAGS},     {"openbugs", &globals::DirectoryBUGS},

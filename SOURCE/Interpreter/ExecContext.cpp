@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "ErrorReports.h"
+#include "Messages.h"
 #include "TavixError.h"
 
 void Block::Run(ExecContext& context) const {
@@ -40,6 +41,14 @@ void ExecContext::Warn(const Node& at, const std::string& message) const {
 
 void ExecContext::InternalError(const std::string& tag) const {
   m_session.dispatcher.PrintInternalError(tag);
+}
+
+void ExecContext::RefuseInParallelCall(const Node& at, const std::string& keyword) const {
+  if (m_session.parallelCall) Fail(at, "\"" + keyword + "\"" + msg::kRefusedInParallelCall);
+}
+
+void ExecContext::RefuseFigureInParallelCall(const Node& at) const {
+  if (m_session.parallelCall) Fail(at, msg::kFiguresInParallelCall);
 }
 
 void ExecContext::CheckInterrupt() const {

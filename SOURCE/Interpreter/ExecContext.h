@@ -45,6 +45,11 @@ public:
   void Warn(const Node& at, const std::string& message) const;
   // Prints "This is a Tavix internal error: (tag)" in its colour; the run goes on.
   void InternalError(const std::string& tag) const;
+  // Inside a call of `mthread`: raises at `at` that `keyword` cannot be used there (it would wait
+  // for the user, or change what every thread shares). Does nothing elsewhere.
+  void RefuseInParallelCall(const Node& at, const std::string& keyword) const;
+  // Inside a call of `mthread`: raises at `at` that figures cannot be drawn there.
+  void RefuseFigureInParallelCall(const Node& at) const;
   // Throws TavixInterrupted when the user asked to stop.
   void CheckInterrupt() const;
   // Hands a request to the window front end and waits until it is done or the user stops the

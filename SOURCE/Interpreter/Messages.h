@@ -28,6 +28,13 @@ inline constexpr const char* kMatrixTooLarge =
 inline constexpr const char* kNoReturnValue =
     "The function cannot be used in an expression because it does not have a return value.";
 
+// Parallel calls of user functions
+inline constexpr const char* kFiguresInParallelCall =
+    "Figures cannot be drawn inside calls of \"mthread\": return the values from the function and "
+    "draw them after \"mthread\".";
+// The statement's keyword is put in front: "\"setwd\" cannot be used ...".
+inline constexpr const char* kRefusedInParallelCall = " cannot be used inside calls of \"mthread\".";
+
 // Block matrices and ranges
 inline constexpr const char* kBlockElements = "The elements of block matrices must be matrices.";
 inline constexpr const char* kInconsistentSubmatrices = "Inconsistent dimensions of submatrices.";

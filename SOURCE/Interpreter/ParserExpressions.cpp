@@ -6,7 +6,9 @@
 
 #include "AstExpressions.h"
 #include "AstFunctions.h"
+#include "AstParallelCalls.h"
 #include "NumberText.h"
+#include "ParallelCalls.h"
 #include "TavixParser.h"
 
 namespace {
@@ -154,8 +156,8 @@ ExpressionPtr TavixParser::primary_expr(bool execute) {
   return inner;
 }
 
-// tavix_value: NUMBER | INF | NA | PI | STRING | block_matrix | id_value_range
-//            | function_call_value | builtin_function
+// tavix_value: NUMBER | INF | NA | PI | NTHREADS | STRING | block_matrix | id_value_range
+//            | function_call_value | mthread_call | builtin_function
 ExpressionPtr TavixParser::tavix_value(bool execute) {
   switch (LA(1)) {
     case tok::NUMBER: {
@@ -176,6 +178,10 @@ ExpressionPtr TavixParser::tavix_value(bool execute) {
       return id_value_range(execute);
     case tok::FUNCID:
       return function_call_value(execute);
+    case tok::MTHREAD:
+      return mthread_call(execute);
+    case tok::NTHREADS:
+      return Literal(HardwareThreads(), match(tok::NTHREADS));
     default:
       if (StartsBuiltin()) return builtin_function(execute);
       NoViableAlt();

@@ -1,5 +1,6 @@
 // The rules of user functions: definitions, calls, and assignments of several outputs.
 #include "AstFunctions.h"
+#include "AstParallelCalls.h"
 #include "TavixParser.h"
 
 // function_run: FUNCTION ((OBRCKT ID (COMMA ID)* CBRCKT | ID) ASSIGN)? ID
@@ -61,6 +62,36 @@ std::unique_ptr<FunctionCallExpression> TavixParser::function_call_value(bool ex
 StatementPtr TavixParser::function_call(bool execute) {
   auto node = std::make_unique<FunctionCallStatement>();
   node->call = function_call_value(execute);
+  node->first = node->call->first;
+  node->last = node->call->last;
+  RunIfExecuting(*node, execute);
+  return node;
+}
+
+// mthread_call: MTHREAD OPAREN FUNCID COMMA expr (COMMA STRING ASSIGN expr)* CPAREN
+std::unique_ptr<MthreadExpression> TavixParser::mthread_call(bool execute) {
+  auto node = std::make_unique<MthreadExpression>();
+  node->first = match(tok::MTHREAD).index;
+  match(tok::OPAREN, {tok::FUNCID});
+  m_bracketContext.push_back(false);
+  node->name = TextOf(match(tok::FUNCID, {tok::COMMA})).substr(1);
+  match(tok::COMMA, ExpressionStarters());
+  node->arguments = expr(execute);
+  while (LA(1) == tok::COMMA) {
+    m_stream.Consume();
+    const std::string option = TextOf(match(tok::STRING, {tok::ASSIGN}));
+    match(tok::ASSIGN, ExpressionStarters());
+    node->options.push_back({option.substr(1, option.size() - 2), expr(execute)});
+  }
+  m_bracketContext.pop_back();
+  node->last = match(tok::CPAREN).index;
+  return node;
+}
+
+// mthread_statement: mthread_call (its ";" is matched by statement)
+StatementPtr TavixParser::mthread_statement(bool execute) {
+  auto node = std::make_unique<MthreadStatement>();
+  node->call = mthread_call(execute);
   node->first = node->call->first;
   node->last = node->call->last;
   RunIfExecuting(*node, execute);

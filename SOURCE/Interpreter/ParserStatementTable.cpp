@@ -43,6 +43,7 @@ const Row kStatementRows[] = {
     {tok::FOR, {&TavixParser::for_statement, false}},
     {tok::FUNCTION, {&TavixParser::function_run, false}},
     {tok::FUNCID, {&TavixParser::function_call, true}},
+    {tok::MTHREAD, {&TavixParser::mthread_statement, true}},
     {tok::TIC, {&TavixParser::tictoc_statement, false}},
     {tok::CTIC, {&TavixParser::tictoc_statement, false}},
     {tok::TOC, {&TavixParser::tictoc_statement, false}},
@@ -138,7 +139,7 @@ const TokenSet& TavixParser::ExpressionStarters() {
   static const TokenSet starters = [] {
     TokenSet set = {tok::ID,   tok::OBRCKT,  tok::OPAREN, tok::PLUS,      tok::MINUS,
                     tok::STRING, tok::FUNCID, tok::PLOT, tok::SCATTER, tok::HIST,
-                    tok::KDEN, tok::ACF,     tok::MULTIPLOT};
+                    tok::KDEN, tok::ACF,     tok::MULTIPLOT, tok::MTHREAD};
     for (int token : kValueTokens) set.Add(token);
     return set;
   }();

@@ -65,4 +65,12 @@ struct Session {
   bool externalBusy = false;
   // User functions defined in the session, by name.
   std::map<std::string, std::shared_ptr<const FunctionDefinition>> functions;
+
+  // Set in the session of one call of `mthread`, which runs on a worker thread: figures,
+  // waiting for the user, nested `mthread` and changes to what the whole program shares are
+  // refused there.
+  bool parallelCall = false;
+  // In such a session: the caller's functions. Their nodes belong to the caller's thread, so a
+  // call reads a function's text again into its own nodes the first time it uses it.
+  const std::map<std::string, std::shared_ptr<const FunctionDefinition>>* callerFunctions = nullptr;
 };

@@ -19,6 +19,7 @@
 #include "TokenStream.h"
 
 struct FunctionCallExpression;
+struct MthreadExpression;
 struct ModelExpression;
 struct ModelEquation;
 struct ModelOptionNode;
@@ -120,6 +121,9 @@ public:
   // Whether the next token is the keyword of a built-in function.
   bool StartsBuiltin() const;
   StatementPtr multi_assign(bool execute);
+  // Parallel calls of a user function, as a value and as a statement.
+  std::unique_ptr<MthreadExpression> mthread_call(bool execute);
+  StatementPtr mthread_statement(bool execute);
 
   // close(all) and close(title).
   StatementPtr close_statement(bool execute);

@@ -71,8 +71,7 @@ void CheckMemory(const GibbsSettings& settings, int parameters) {
 }  // namespace
 
 std::uint64_t Estimator::ChainSeed(std::uint64_t seed, int chain) {
-  // Chain 0 uses the seed itself; further chains are spread by a large odd constant.
-  return seed + static_cast<std::uint64_t>(chain) * 0x9E3779B97F4A7C15ull;
+  return RandomEngine::StreamSeed(seed, static_cast<std::uint64_t>(chain));
 }
 
 bool Estimator::RunChains(const std::function<std::unique_ptr<GibbsChain>(int)>& makeChain,

@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "TavixValue.h"
 
@@ -41,6 +42,13 @@ public:
   TavixValue GetValue(const std::string& name) const;
   void SetValue(const std::string& name, const TavixValue& value) { m_members[name] = value; }
   std::size_t NumberOfMembers() const { return m_members.size(); }
+  // Every member's name, in name order.
+  std::vector<std::string> Names() const {
+    std::vector<std::string> names;
+    names.reserve(m_members.size());
+    for (const auto& member : m_members) names.push_back(member.first);
+    return names;
+  }
 
 protected:
   // Takes the member out when it has kind `code`; the value is empty otherwise.

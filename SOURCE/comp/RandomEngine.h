@@ -46,6 +46,12 @@ public:
     return v1 * factor;
   }
 
+  // The seed of stream `stream` of a family of engines seeded from `seed`: stream 0 uses the seed
+  // itself, further streams are spread by a large odd constant.
+  static std::uint64_t StreamSeed(std::uint64_t seed, std::uint64_t stream) {
+    return seed + stream * 0x9E3779B97F4A7C15ull;
+  }
+
   // The raw engine, for algorithms that need 64-bit outputs.
   std::mt19937_64& Engine() { return m_engine; }
 

@@ -5,6 +5,7 @@
 #include "BuiltinFamilies.h"
 #include "DensityEstimates.h"
 #include "ExecContext.h"
+#include "Messages.h"
 #include "ValueKind.h"
 
 namespace {
@@ -125,6 +126,7 @@ constexpr const char* kTooManyFigures =
 // Shows it in a window when there is one, and yields the figure's title.
 TavixValue Place(const BuiltinCall& call, Panel panel, const std::string& figureOption) {
   Session& session = call.Context().session();
+  if (session.parallelCall) call.Fail(msg::kFiguresInParallelCall);
   FigureRegistry& figures = session.figures;
   std::shared_ptr<Figure> figure;
   if (!figureOption.empty()) {
@@ -246,6 +248,7 @@ TavixValue Multiplot(const BuiltinCall& call) {
     call.Fail("The arguments passed to \"multiplot\" must be integers between 1 and 10.");
   }
   Session& session = call.Context().session();
+  if (session.parallelCall) call.Fail(msg::kFiguresInParallelCall);
   if (static_cast<int>(session.figures.Count()) >= session.maxFigures) call.Fail(kTooManyFigures);
   auto figure = std::make_shared<Figure>(session.figures.NextTitle(), rows, cols);
   session.figures.multiplot = figure->title;
@@ -262,6 +265,7 @@ TavixValue Multiplot(const BuiltinCall& call) {
 
 // subplot(k): the next plot statement draws into panel k (row by row) of the latest multiplot.
 TavixValue Subplot(const BuiltinCall& call) {
+  if (call.Context().session().parallelCall) call.Fail(msg::kFiguresInParallelCall);
   FigureRegistry& figures = call.Context().session().figures;
   const auto figure = figures.Find(figures.multiplot);
   if (!figure) call.Fail("There is no multiplot figure open: use \"multiplot\" first.");
