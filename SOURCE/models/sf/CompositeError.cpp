@@ -123,3 +123,10 @@ double MeanEfficiency(InefficiencyDistribution d, double p1, double p2) {
   }
   return kNaN;
 }
+
+double SumLogCompositeDensity(InefficiencyDistribution d, const Eigen::VectorXd& w, double tau, double p1, double p2) {
+  const double sigma = 1.0 / std::sqrt(tau);
+  double sum = 0.0;
+  for (Eigen::Index i = 0; i < w.size(); ++i) sum += LogCompositeDensity(d, w(i), sigma, p1, p2);
+  return sum;
+}

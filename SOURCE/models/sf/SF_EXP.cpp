@@ -47,12 +47,7 @@ public:
     return mlik::LogGammaDensity(theta(0), m_prior.scaleShape, m_prior.scaleRate);
   }
   double LogConvolvedDensity(const Eigen::VectorXd& w, double tau, const Eigen::VectorXd& theta) const override {
-    const double sigma = 1.0 / std::sqrt(tau);
-    double sum = 0.0;
-    for (Eigen::Index i = 0; i < w.size(); ++i) {
-      sum += LogCompositeDensity(InefficiencyDistribution::Exponential, w(i), sigma, theta(0), 0.0);
-    }
-    return sum;
+    return SumLogCompositeDensity(InefficiencyDistribution::Exponential, w, tau, theta(0), 0.0);
   }
 
 private:

@@ -62,12 +62,7 @@ public:
            mlik::LogGammaDensity(theta(1), m_prior.scaleShape, m_prior.scaleRate);
   }
   double LogConvolvedDensity(const Eigen::VectorXd& w, double tau, const Eigen::VectorXd& theta) const override {
-    const double sigma = 1.0 / std::sqrt(tau);
-    double sum = 0.0;
-    for (Eigen::Index i = 0; i < w.size(); ++i) {
-      sum += LogCompositeDensity(InefficiencyDistribution::Gamma, w(i), sigma, theta(0), theta(1));
-    }
-    return sum;
+    return SumLogCompositeDensity(InefficiencyDistribution::Gamma, w, tau, theta(0), theta(1));
   }
 
 private:
